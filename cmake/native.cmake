@@ -1,0 +1,26 @@
+# The same sources against the simulated machine in tests/sim.
+add_compile_options(-g -fno-omit-frame-pointer)
+if(CMAKE_CXX_COMPILER_ID MATCHES "Clang")
+  target_compile_options(tavrin_options INTERFACE -Wthread-safety)
+endif()
+if(TAVRIN_SANITIZE)
+  add_compile_options("-fsanitize=${TAVRIN_SANITIZE}" -fno-sanitize-recover=all)
+  add_link_options("-fsanitize=${TAVRIN_SANITIZE}")
+endif()
+
+find_package(GTest REQUIRED)
+find_package(Threads REQUIRED)
+
+add_subdirectory(tests/netmodel)
+add_subdirectory(tests/sim)  # gives the target tavrin_sim
+
+# The whole product, wmain included, as one library against the simulated platform.
+add_library(tavrin_core STATIC ${TAVRIN_SOURCES})
+target_link_libraries(tavrin_core PUBLIC tavrin_options tavrin_sim)
+if(TAVRIN_COVERAGE)
+  target_compile_options(tavrin_core PRIVATE --coverage -O0)
+  target_link_options(tavrin_core PUBLIC --coverage)
+endif()
+
+add_subdirectory(tests/unit)
+add_subdirectory(tests/contract)

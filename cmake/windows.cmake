@@ -1,0 +1,37 @@
+# What ships, and the tests that run under Wine (or on Windows).
+enable_language(RC)
+
+# The service uses Windows 10 calls (SetInterfaceDnsSettings came with 2004).
+target_compile_definitions(tavrin_options INTERFACE
+  UNICODE _UNICODE NOMINMAX WIN32_LEAN_AND_MEAN _WIN32_WINNT=0x0A00 NTDDI_VERSION=0x0A000008)
+
+add_library(tavrin_core OBJECT ${TAVRIN_SOURCES})
+target_link_libraries(tavrin_core PUBLIC tavrin_options)
+target_compile_options(tavrin_core PRIVATE
+  -fstack-protector-strong -ffunction-sections -fdata-sections)
+
+set(TAVRIN_LINK_HARDENING -static -Wl,--dynamicbase -Wl,--nxcompat -Wl,--high-entropy-va)
+
+add_executable(TavrinService packaging/tavrin_service.rc)
+target_link_libraries(TavrinService PRIVATE
+  tavrin_core iphlpapi ws2_32 advapi32)
+target_link_options(TavrinService PRIVATE
+  -municode -mconsole -s -fstack-protector-strong -Wl,--gc-sections ${TAVRIN_LINK_HARDENING})
+set_target_properties(TavrinService PROPERTIES
+  RUNTIME_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}"
+  LINK_DEPENDS "${PROJECT_SOURCE_DIR}/packaging/TavrinService.manifest")
+
+# GoogleTest from Debian's source package, cross-compiled.
+set(gtest_force_shared_crt ON)
+set(INSTALL_GTEST OFF)
+add_subdirectory(/usr/src/googletest googletest EXCLUDE_FROM_ALL)
+
+# The JSON library is headers only; the cross-compiler must not see the rest of /usr/include.
+file(COPY /usr/include/nlohmann DESTINATION "${PROJECT_BINARY_DIR}/host-include")
+add_library(tavrin_json INTERFACE)
+target_include_directories(tavrin_json SYSTEM INTERFACE "${PROJECT_BINARY_DIR}/host-include")
+
+add_subdirectory(tests/netmodel)
+add_subdirectory(tests/standins)
+add_subdirectory(tests/contract)
+add_subdirectory(tests/e2e)
