@@ -1,0 +1,60 @@
+#include "src/account/local_account.h"
+
+#include <windows.h>
+
+#include <array>
+#include <cstdio>
+#include <cstdlib>
+
+#include "src/common/files.h"
+#include "src/common/key_scan.h"
+
+namespace vpn {
+
+bool ReadTextFile(const std::wstring& path, std::string& text, std::wstring& error) {
+  if (!ReadFileBytes(path, text)) {
+    error = L"cannot read " + path;
+    return false;
+  }
+  if (text.size() >= 3 && text.front() == '\xEF') {
+    text.erase(0, 3);
+  }
+  return true;
+}
+
+bool WriteTextFile(const std::wstring& path, std::string_view text, std::wstring& error) {
+  if (!WriteFileBytes(path, text)) {
+    error = L"cannot write " + path;
+    return false;
+  }
+  return true;
+}
+
+std::string FlatJsonString(const std::string& json, std::string_view key) {
+  const size_t behindColon = FindBehindColon(json, key);
+  const size_t open = behindColon == std::string::npos ? behindColon : json.find('"', behindColon);
+  if (open == std::string::npos) {
+    return {};
+  }
+  return json.substr(open + 1, FindClosingQuote(json, open + 1) - open - 1);
+}
+
+int FlatJsonInt(const std::string& json, std::string_view key, int fallback) {
+  const size_t behindColon = FindBehindColon(json, key);
+  if (behindColon == std::string::npos) {
+    return fallback;
+  }
+  return std::atoi(json.c_str() + SkipBytes(json, behindColon, " \t"));
+}
+
+bool IsDatePast(const std::string& text) {
+  std::array<int, 3> date{};  // year, month, day
+  if (std::sscanf(text.c_str(), "%d-%d-%d", &date[0], &date[1], &date[2]) < 3) {
+    return true;
+  }
+  SYSTEMTIME now = {};
+  GetSystemTime(&now);
+  return std::array<int, 3>{now.wYear, now.wMonth, now.wDay} > date;
+}
+
+}  // namespace vpn

@@ -1,0 +1,169 @@
+#include "src/account/local_control_plane.h"
+
+#include <windows.h>
+
+#include <utility>
+
+#include "src/account/local_account.h"
+#include "src/common/text.h"
+
+namespace vpn {
+namespace {
+
+bool Unsupported(const wchar_t* text, std::wstring& error) {
+  error = text;
+  return false;
+}
+
+std::wstring ReadWide(const std::string& json, std::string_view key) {
+  return Utf8ToWide(FlatJsonString(json, key));
+}
+
+// A source that gives no value leaves the default in place.
+void ReadIfGiven(const std::string& json, std::string_view key, std::wstring& text) {
+  const std::wstring value = ReadWide(json, key);
+  if (!value.empty()) {
+    text = value;
+  }
+}
+
+NodeInfo ReadNode(const std::string& account) {
+  NodeInfo node;
+  node.name = ReadWide(account, "nodeName");
+  node.address = ReadWide(account, "address");
+  node.port = FlatJsonInt(account, "port", 0);
+  node.uuid = ReadWide(account, "uuid");
+  ReadIfGiven(account, "flow", node.flow);
+  node.sni = ReadWide(account, "sni");
+  ReadIfGiven(account, "fingerprint", node.fingerprint);
+  node.publicKey = ReadWide(account, "publicKey");
+  node.shortId = ReadWide(account, "shortId");
+  return node;
+}
+
+}  // namespace
+
+LocalControlPlane::LocalControlPlane(std::wstring account, std::wstring session)
+    : accountPath(std::move(account)), sessionPath(std::move(session)) {}
+
+bool LocalControlPlane::login(const std::wstring& email, const std::wstring& password,
+                              std::wstring& error) {
+  std::string account;
+  if (!ReadTextFile(accountPath, account, error)) {
+    return false;
+  }
+  if (email != ReadWide(account, "email") || password != ReadWide(account, "password")) {
+    error = L"email or password is incorrect";
+    return false;
+  }
+  const std::string expireAt = FlatJsonString(account, "expireAt");
+  if (IsDatePast(expireAt)) {
+    error = L"account expired";
+    return false;
+  }
+  // Neither value is escaped; the reader does not decode either.
+  return WriteTextFile(
+      sessionPath, "{\"email\":\"" + WideToUtf8(email) + "\",\"expireAt\":\"" + expireAt + "\"}\n",
+      error);
+}
+
+bool LocalControlPlane::fetchAccount(AccountSession& session, std::wstring& error) {
+  session = AccountSession();
+  std::string stored;
+  std::wstring ignored;
+  if (!ReadTextFile(sessionPath, stored, ignored)) {
+    error = L"not logged in";
+    return false;
+  }
+  std::string account;
+  if (!ReadTextFile(accountPath, account, error)) {
+    return false;
+  }
+  const std::string expireAt = FlatJsonString(account, "expireAt");
+  session.email = ReadWide(stored, "email");
+  session.expiryDate = Utf8ToWide(expireAt);
+  session.expired = IsDatePast(expireAt);
+  session.hasPlan = !session.expired;
+  session.deviceLimit = FlatJsonInt(account, "deviceLimit", 1);
+  session.deviceUsed = 1;
+  session.loggedIn = !session.email.empty() && session.email == ReadWide(account, "email");
+  if (!session.loggedIn) {
+    error = L"session does not match account";
+    return false;
+  }
+  if (session.expired) {
+    error = L"account expired";
+    return false;
+  }
+  const NodeInfo node = ReadNode(account);
+  session.nodes = {node};
+  if (node.address.empty() || node.uuid.empty() || node.port == 0) {
+    error = L"account.json is missing node fields";
+    return false;
+  }
+  return true;
+}
+
+bool LocalControlPlane::logout() {
+  return DeleteFileW(sessionPath.c_str()) != FALSE;
+}
+
+bool LocalControlPlane::fetchRegisterConfig(RegisterConfig& config, std::wstring& error) {
+  config = RegisterConfig();
+  return Unsupported(L"当前环境不支持注册", error);
+}
+
+bool LocalControlPlane::sendEmailCode(const std::wstring& /*email*/, std::wstring& error) {
+  return Unsupported(L"当前环境不支持发送验证码", error);
+}
+
+bool LocalControlPlane::registerAccount(const std::wstring& /*email*/,
+                                        const std::wstring& /*password*/,
+                                        const std::wstring& /*inviteCode*/,
+                                        const std::wstring& /*emailCode*/, std::wstring& error) {
+  return Unsupported(L"当前环境不支持注册", error);
+}
+
+bool LocalControlPlane::resetPassword(const std::wstring& /*email*/,
+                                      const std::wstring& /*emailCode*/,
+                                      const std::wstring& /*newPassword*/, std::wstring& error) {
+  return Unsupported(L"当前环境不支持找回密码", error);
+}
+
+bool LocalControlPlane::fetchPlans(std::vector<PlanOption>& plans, std::wstring& error) {
+  plans.clear();
+  return Unsupported(L"当前环境不支持购买套餐", error);
+}
+
+bool LocalControlPlane::purchasePlan(std::int32_t /*planId*/, const std::wstring& /*period*/,
+                                     PurchaseResult& result, std::wstring& error) {
+  result = PurchaseResult();
+  return Unsupported(L"当前环境不支持购买套餐", error);
+}
+
+bool LocalControlPlane::checkOrderPaid(const std::wstring& /*tradeNo*/, bool& paid,
+                                       std::wstring& error) {
+  paid = false;
+  return Unsupported(L"当前环境不支持查询订单", error);
+}
+
+bool LocalControlPlane::fetchInvite(InviteInfo& info, std::wstring& error) {
+  info = InviteInfo();
+  return Unsupported(L"当前环境不支持邀请", error);
+}
+
+bool LocalControlPlane::fetchReferrals(std::int32_t /*page*/, std::vector<ReferralRow>& rows,
+                                       std::int32_t& total, std::wstring& error) {
+  rows.clear();
+  total = 0;
+  return Unsupported(L"当前环境不支持邀请", error);
+}
+
+bool LocalControlPlane::claimDevice(const std::wstring& /*deviceId*/, std::int32_t& used,
+                                    std::int32_t& limit, std::wstring& /*error*/) {
+  used = 1;
+  limit = 1;
+  return true;
+}
+
+}  // namespace vpn

@@ -1,0 +1,23 @@
+// What a deployment chooses. Everything here uses names and addresses that are reserved for
+// documentation; a build for real users sets its own.
+#ifndef TAVRIN_SRC_COMMON_DEPLOYMENT_H_
+#define TAVRIN_SRC_COMMON_DEPLOYMENT_H_
+
+namespace vpn {
+
+// Node address that is pinned when the chosen node has none, or has a host name.
+inline constexpr wchar_t kDefaultNodeAddress[] = L"203.0.113.10";
+
+// The panel's registered domain: resolved by the domestic name server and never tunnelled.
+inline constexpr char kPanelDomain[] = "panel.example";
+
+// Services that stay on the proxy even where a rule for mainland China would match them: the
+// search engine, the model maker's corporate domain, its assistant's two domains, and the code
+// editor's two domains and API.
+inline constexpr const char* kProxyDomains[] = {
+    "search.example",     "maker.example",     "assistant-ai.example",  "assistant-com.example",
+    "editor-com.example", "editor-sh.example", "api.editor-com.example"};
+
+}  // namespace vpn
+
+#endif  // TAVRIN_SRC_COMMON_DEPLOYMENT_H_

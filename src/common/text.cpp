@@ -1,0 +1,64 @@
+#include "src/common/text.h"
+
+#include <windows.h>
+
+#include <cwctype>
+
+namespace vpn {
+
+std::wstring Utf8ToWide(std::string_view bytes) {
+  if (bytes.empty()) {
+    return {};
+  }
+  const int byteCount = static_cast<int>(bytes.size());
+  const int units = MultiByteToWideChar(CP_UTF8, 0, bytes.data(), byteCount, nullptr, 0);
+  if (units <= 0) {
+    return {};
+  }
+  std::wstring text(static_cast<size_t>(units), L'\0');
+  const int written = MultiByteToWideChar(CP_UTF8, 0, bytes.data(), byteCount, text.data(), units);
+  text.resize(written > 0 ? static_cast<size_t>(written) : 0);
+  return text;
+}
+
+std::string WideToUtf8(std::wstring_view text) {
+  if (text.empty()) {
+    return {};
+  }
+  const int units = static_cast<int>(text.size());
+  const int byteCount =
+      WideCharToMultiByte(CP_UTF8, 0, text.data(), units, nullptr, 0, nullptr, nullptr);
+  if (byteCount <= 0) {
+    return {};
+  }
+  std::string bytes(static_cast<size_t>(byteCount), '\0');
+  const int written = WideCharToMultiByte(CP_UTF8, 0, text.data(), units, bytes.data(), byteCount,
+                                          nullptr, nullptr);
+  bytes.resize(written > 0 ? static_cast<size_t>(written) : 0);
+  return bytes;
+}
+
+std::wstring ToLowerText(std::wstring text) {
+  for (wchar_t& unit : text) {
+    unit = static_cast<wchar_t>(std::towlower(static_cast<std::wint_t>(unit)));
+  }
+  return text;
+}
+
+bool ContainsNoCase(const std::wstring& haystack, const std::wstring& needle) {
+  return ToLowerText(haystack).find(ToLowerText(needle)) != std::wstring::npos;
+}
+
+std::string EscapeQuotes(std::string_view bytes) {
+  std::string escaped;
+  escaped.reserve(bytes.size());
+  for (const char byte : bytes) {
+    if (byte == '"' || byte == '\\') {
+      escaped += '\\';
+    }
+    escaped += byte;
+  }
+  return escaped;
+}
+
+}  // namespace vpn

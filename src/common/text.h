@@ -1,0 +1,39 @@
+// Text conversions at the edges, and the small text tools that several rooms share.
+//
+// Inside the system text is wide, one UTF-16 unit per wchar_t. Files, pipe payloads and panel
+// bodies are UTF-8 byte strings.
+#ifndef TAVRIN_SRC_COMMON_TEXT_H_
+#define TAVRIN_SRC_COMMON_TEXT_H_
+
+#include <algorithm>
+#include <string>
+#include <string_view>
+
+namespace vpn {
+
+// Code page 65001, flags 0: what is ill-formed becomes whatever the platform makes of it. The whole
+// text is converted, NULs included. Empty in, empty out, and so is a failed conversion.
+std::wstring Utf8ToWide(std::string_view bytes);
+std::string WideToUtf8(std::wstring_view text);
+
+// `towlower` on each unit; the program never leaves the "C" locale.
+std::wstring ToLowerText(std::wstring text);
+
+// The empty needle is contained in everything.
+bool ContainsNoCase(const std::wstring& haystack, const std::wstring& needle);
+
+// Puts a backslash in front of each double quote and each backslash; every other byte passes.
+std::string EscapeQuotes(std::string_view bytes);
+
+// Digits and dots only, with exactly three dots. Ranges and empty groups are not looked at.
+template <class Char>
+bool HasDottedQuadShape(std::basic_string_view<Char> text) {
+  const auto isDot = [](Char c) { return c == Char('.'); };
+  const auto isAllowed = [&](Char c) { return isDot(c) || (c >= Char('0') && c <= Char('9')); };
+  return std::all_of(text.begin(), text.end(), isAllowed) &&
+         std::count_if(text.begin(), text.end(), isDot) == 3;
+}
+
+}  // namespace vpn
+
+#endif  // TAVRIN_SRC_COMMON_TEXT_H_

@@ -1,0 +1,16 @@
+// The control pipe: the only way into the running system, and the one loop of the program.
+#ifndef TAVRIN_SRC_CONTROL_PIPE_SERVER_H_
+#define TAVRIN_SRC_CONTROL_PIPE_SERVER_H_
+
+namespace vpn {
+
+inline constexpr wchar_t kControlPipeName[] = L"\\\\.\\pipe\\TavrinService";
+
+// Serves one client at a time, one request and one reply per connection, until `StopRequested` is
+// set; then stops the tunnel and returns. Runs on the caller's thread. Between two instances and
+// during a request no other client can open the pipe.
+void ServeControlPipe();
+
+}  // namespace vpn
+
+#endif  // TAVRIN_SRC_CONTROL_PIPE_SERVER_H_

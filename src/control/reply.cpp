@@ -1,0 +1,23 @@
+#include "src/control/reply.h"
+
+#include "src/common/text.h"
+
+namespace vpn {
+namespace {
+
+const char* Word(bool value) {
+  return value ? "true" : "false";
+}
+
+}  // namespace
+
+std::string EncodeReply(bool ok, bool running, const std::wstring& error) {
+  return std::string("{\"ok\":") + Word(ok) + ",\"running\":" + Word(running) + ",\"error\":\"" +
+         EscapeReplyText(WideToUtf8(error)) + "\"}";
+}
+
+std::string EscapeReplyText(std::string_view bytes) {
+  return EscapeQuotes(bytes);
+}
+
+}  // namespace vpn

@@ -1,0 +1,31 @@
+// One executable is a service, a hidden daemon, a console program and its own installer; the
+// command line decides which.
+#include "src/host/entry_point.h"
+
+#include "src/host/console_text.h"
+#include "src/host/options.h"
+#include "src/host/process_state.h"
+#include "src/host/run_modes.h"
+#include "src/host/runtime_dir.h"
+#include "src/host/service_install.h"
+
+int wmain(int argc, wchar_t** argv) {
+  using namespace vpn;
+  UseUtf8Console();
+  const Options options = ParseOptions(argc, argv);
+  OwnerPid = options.ownerPid;
+  SetRuntimeDir(options.runtimeDir ? *options.runtimeDir : FindRuntimeDir());
+  if (options.install) {
+    return InstallService();
+  }
+  if (options.uninstall) {
+    return UninstallService();
+  }
+  if (options.daemon) {
+    return DaemonMain();
+  }
+  if (options.console) {
+    return ConsoleMain();
+  }
+  return RunUnderServiceManager();
+}

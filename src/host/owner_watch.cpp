@@ -1,0 +1,29 @@
+#include "src/host/owner_watch.h"
+
+#include <string>
+
+#include "src/common/unique_handle.h"
+#include "src/host/process_state.h"
+#include "src/host/service_log.h"
+#include "src/host/wake.h"
+
+namespace vpn {
+
+DWORD WINAPI OwnerWatch(void* /*unused*/) {
+  if (OwnerPid == 0) {
+    return 0;
+  }
+  KernelHandle owner(OpenProcess(SYNCHRONIZE, FALSE, OwnerPid));
+  const DWORD openError = GetLastError();
+  if (!owner) {
+    WriteLog(L"owner pid open failed err=" + std::to_wstring(openError));
+    return 0;
+  }
+  (void)WaitForSingleObject(owner.get(), INFINITE);  // whatever ends the wait ends the process
+  owner.reset();
+  WriteLog(L"ui process exited; stopping helper");
+  WakeControlPipe();
+  return 0;
+}
+
+}  // namespace vpn

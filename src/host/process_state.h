@@ -1,0 +1,30 @@
+// Process-wide state. None of it is ever destroyed, so that a thread that outlives `wmain` still
+// finds it.
+#ifndef TAVRIN_SRC_HOST_PROCESS_STATE_H_
+#define TAVRIN_SRC_HOST_PROCESS_STATE_H_
+
+#include <atomic>
+#include <cstdint>
+#include <string>
+
+namespace vpn {
+
+// Directory of the helper programs, the generated and account files, and the log. Written by the
+// entry point only, before any server starts; read without a lock.
+extern std::wstring& RuntimeDir;
+
+// Flags: written with an exchange from any thread, read with a plain load.
+extern std::atomic<std::uint8_t> StopRequested;    // the pipe server shall end
+extern std::atomic<std::uint8_t> ConsoleEcho;      // log lines also go to the console
+extern std::atomic<std::uint8_t> ShutdownAllowed;  // `shutdown` also ends the process
+
+// Process whose end ends this one in daemon mode; 0 means none. Written by the entry point only.
+extern std::uint32_t OwnerPid;
+
+// Strips trailing NUL units and assigns the rest to `RuntimeDir`; if nothing is left, `RuntimeDir`
+// keeps its value.
+void SetRuntimeDir(std::wstring text);
+
+}  // namespace vpn
+
+#endif  // TAVRIN_SRC_HOST_PROCESS_STATE_H_

@@ -1,0 +1,52 @@
+#include "src/host/run_modes.h"
+
+#include <string>
+
+#include "src/common/unique_handle.h"
+#include "src/control/pipe_server.h"
+#include "src/host/console_text.h"
+#include "src/host/owner_watch.h"
+#include "src/host/process_state.h"
+#include "src/host/service_log.h"
+#include "src/host/wake.h"
+
+namespace vpn {
+
+int ConsoleMain() {
+  UseUtf8Console();
+  (void)SetConsoleCtrlHandler(ConsoleControlHandler, TRUE);  // without it, `shutdown` still works
+  ConsoleEcho.exchange(1);
+  StopRequested.exchange(0);
+  ShutdownAllowed.exchange(1);
+  WriteLog(std::wstring(L"TavrinService console mode. Pipe ") + kControlPipeName);
+  WriteLog(L"Runtime " + RuntimeDir);
+  WriteLog(L"Ctrl+C to stop.");
+  ServeControlPipe();
+  WriteLog(L"stopped.");
+  return 0;
+}
+
+int DaemonMain() {
+  ConsoleEcho.exchange(0);
+  StopRequested.exchange(0);
+  ShutdownAllowed.exchange(1);
+  (void)FreeConsole();  // there may be none
+  WriteLog(L"daemon mode. runtime=" + RuntimeDir);
+  if (OwnerPid != 0) {
+    // A watch that can't be started leaves a daemon without an owner, which is accepted.
+    const KernelHandle watch(CreateThread(nullptr, 0, OwnerWatch, nullptr, 0, nullptr));
+  }
+  ServeControlPipe();
+  WriteLog(L"daemon stopped");
+  return 0;
+}
+
+BOOL WINAPI ConsoleControlHandler(DWORD event) {
+  if (event == CTRL_C_EVENT || event == CTRL_BREAK_EVENT || event == CTRL_CLOSE_EVENT) {
+    WakeControlPipe();
+    return TRUE;
+  }
+  return FALSE;
+}
+
+}  // namespace vpn

@@ -1,0 +1,63 @@
+#include "src/control/pipe_server.h"
+#include "src/host/process_state.h"
+#include "src/host/run_modes.h"
+#include "src/host/service_log.h"
+#include "src/host/wake.h"
+
+namespace vpn {
+namespace {
+
+SERVICE_STATUS_HANDLE ServiceStatusHandle = nullptr;
+SERVICE_STATUS ServiceStatusRecord = {};  // the status last reported
+
+constexpr DWORD kStopAndShutdown = SERVICE_ACCEPT_STOP | SERVICE_ACCEPT_SHUTDOWN;
+
+// `waitHint` is in milliseconds. The check point is never used.
+void ReportStatus(DWORD state, DWORD acceptedControls, DWORD waitHint) {
+  ServiceStatusRecord.dwServiceType = SERVICE_WIN32_OWN_PROCESS;
+  ServiceStatusRecord.dwCurrentState = state;
+  ServiceStatusRecord.dwControlsAccepted = acceptedControls;
+  ServiceStatusRecord.dwWin32ExitCode = NO_ERROR;
+  ServiceStatusRecord.dwWaitHint = waitHint;
+  (void)SetServiceStatus(ServiceStatusHandle, &ServiceStatusRecord);  // nobody else to tell
+}
+
+}  // namespace
+
+int RunUnderServiceManager() {
+  std::wstring name = kServiceName;  // the table wants it writable
+  const SERVICE_TABLE_ENTRYW table[] = {{name.data(), ServiceMain}, {nullptr, nullptr}};
+  const BOOL served = StartServiceCtrlDispatcherW(table);
+  const DWORD dispatchError = GetLastError();
+  if (served != FALSE) {
+    return 0;
+  }
+  return dispatchError == ERROR_FAILED_SERVICE_CONTROLLER_CONNECT ? ConsoleMain() : 1;
+}
+
+void WINAPI ServiceMain(DWORD /*argc*/, LPWSTR* /*argv*/) {
+  ServiceStatusHandle = RegisterServiceCtrlHandlerExW(kServiceName, ServiceControlHandler, nullptr);
+  if (ServiceStatusHandle == nullptr) {
+    return;
+  }
+  ReportStatus(SERVICE_START_PENDING, 0, 2000);
+  StopRequested.exchange(0);
+  WriteLog(L"service running. runtime=" + RuntimeDir);
+  ReportStatus(SERVICE_RUNNING, kStopAndShutdown, 0);
+  ServeControlPipe();
+  WriteLog(L"service stopped");
+  ReportStatus(SERVICE_STOPPED, kStopAndShutdown, 0);
+}
+
+DWORD WINAPI ServiceControlHandler(DWORD control, DWORD /*eventType*/, void* /*eventData*/,
+                                   void* /*context*/) {
+  if (control == SERVICE_CONTROL_STOP || control == SERVICE_CONTROL_SHUTDOWN) {
+    if (ServiceStatusHandle != nullptr) {
+      ReportStatus(SERVICE_STOP_PENDING, kStopAndShutdown, 4000);
+    }
+    WakeControlPipe();
+  }
+  return NO_ERROR;
+}
+
+}  // namespace vpn

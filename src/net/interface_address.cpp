@@ -1,0 +1,136 @@
+#include "src/net/interface_address.h"
+
+#include "src/net/adapter_list.h"
+#include "src/net/dns_settings.h"
+
+namespace vpn {
+namespace {
+
+constexpr ULONG kForever = 0xFFFFFFFF;  // seconds; netioapi.h: infinite lifetime
+
+// Best effort: an address that stays shows in the wait for readiness, if it matters at all.
+void DeleteIpv4Addresses(const NET_LUID& luid) {
+  UniqueMibTable<MIB_UNICASTIPADDRESS_TABLE> table;
+  if (GetUnicastIpAddressTable(AF_INET, table.put()) != NO_ERROR || !table) {
+    return;
+  }
+  for (ULONG i = 0; i < table.get()->NumEntries; ++i) {
+    const MIB_UNICASTIPADDRESS_ROW& row = table.get()->Table[i];
+    if (row.InterfaceLuid.Value == luid.Value) {
+      (void)DeleteUnicastIpAddressEntry(&row);
+    }
+  }
+}
+
+// Best effort too: with detection on, the address would be tentative for seconds.
+void DisableDuplicateAddressDetection(const NET_LUID& luid) {
+  MIB_IPINTERFACE_ROW row = {};
+  InitializeIpInterfaceEntry(&row);
+  row.InterfaceLuid = luid;
+  row.Family = AF_INET;
+  if (GetIpInterfaceEntry(&row) == NO_ERROR) {
+    row.DadTransmits = 0;
+    (void)SetIpInterfaceEntry(&row);
+  }
+}
+
+DWORD CreateAddress(const NET_LUID& luid, const IN_ADDR& address, std::uint8_t prefixLength) {
+  MIB_UNICASTIPADDRESS_ROW row = {};
+  InitializeUnicastIpAddressEntry(&row);
+  row.InterfaceLuid = luid;
+  (void)ConvertInterfaceLuidToIndex(&luid, &row.InterfaceIndex);  // the LUID counts
+  row.Address.Ipv4.sin_family = AF_INET;
+  row.Address.Ipv4.sin_addr = address;
+  row.ValidLifetime = kForever;
+  row.PreferredLifetime = kForever;
+  row.OnLinkPrefixLength = prefixLength;
+  return CreateUnicastIpAddressEntry(&row);
+}
+
+void AppendDnsServers(const IP_ADAPTER_ADDRESSES& adapter, std::vector<std::wstring>& servers) {
+  for (const auto* server = adapter.FirstDnsServerAddress; server != nullptr;
+       server = server->Next) {
+    const sockaddr* const address = server->Address.lpSockaddr;
+    if (address == nullptr || address->sa_family != AF_INET) {
+      continue;
+    }
+    const std::wstring text = FormatIpv4(reinterpret_cast<const sockaddr_in*>(address)->sin_addr);
+    if (!text.empty()) {
+      servers.push_back(text);
+    }
+  }
+}
+
+}  // namespace
+
+bool LookupInterfaceIds(const std::wstring& alias, NET_LUID& luid, GUID& guid,
+                        std::wstring& error) {
+  if (ConvertInterfaceAliasToLuid(alias.c_str(), &luid) != NO_ERROR) {
+    error = L"unknown interface " + alias;
+    return false;
+  }
+  if (ConvertInterfaceLuidToGuid(&luid, &guid) != NO_ERROR) {
+    error = L"guid lookup failed for " + alias;
+    return false;
+  }
+  return true;
+}
+
+bool SetInterfaceAddress(const std::wstring& alias, const std::wstring& address,
+                         std::uint8_t prefixLength, std::wstring& error) {
+  NET_LUID luid = {};
+  GUID guid = {};
+  if (!LookupInterfaceIds(alias, luid, guid, error)) {
+    return false;
+  }
+  IN_ADDR parsed = {};
+  if (!ParseIpv4(address, parsed)) {
+    error = L"invalid IPv4 address " + address;
+    return false;
+  }
+  DeleteIpv4Addresses(luid);
+  DisableDuplicateAddressDetection(luid);
+  const DWORD result = CreateAddress(luid, parsed, prefixLength);
+  if (result == NO_ERROR || result == ERROR_OBJECT_ALREADY_EXISTS) {
+    return true;
+  }
+  error = L"CreateUnicastIpAddressEntry failed " + std::to_wstring(result);
+  return false;
+}
+
+bool SetInterfaceDns(const std::wstring& alias, const std::wstring& server, std::wstring& error) {
+  NET_LUID luid = {};
+  GUID guid = {};
+  if (!LookupInterfaceIds(alias, luid, guid, error)) {
+    return false;
+  }
+  std::wstring nameServer = server;  // the structure wants it writable
+  DNS_INTERFACE_SETTINGS settings = {};
+  settings.Version = DNS_INTERFACE_SETTINGS_VERSION1;
+  settings.Flags = DNS_SETTING_NAMESERVER;
+  settings.NameServer = nameServer.data();
+  const DWORD result = SetInterfaceDnsSettings(guid, &settings);
+  if (result != NO_ERROR) {
+    error = L"SetInterfaceDnsSettings failed " + std::to_wstring(result);
+    return false;
+  }
+  return true;
+}
+
+bool ClearInterfaceDns(const std::wstring& alias) {
+  std::wstring ignored;
+  return SetInterfaceDns(alias, L"", ignored);
+}
+
+std::vector<std::wstring> ListInterfaceDnsServers(const std::wstring& alias) {
+  std::vector<std::wstring> servers;
+  const AdapterList adapters(AF_INET, GAA_FLAG_INCLUDE_PREFIX);
+  for (const auto* adapter = adapters.first(); adapter != nullptr; adapter = adapter->Next) {
+    if (HasFriendlyName(*adapter, alias)) {
+      AppendDnsServers(*adapter, servers);
+    }
+  }
+  return servers;
+}
+
+}  // namespace vpn

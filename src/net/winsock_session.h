@@ -1,0 +1,32 @@
+// Holds Winsock open for a scope. This header goes before <windows.h>.
+#ifndef TAVRIN_SRC_NET_WINSOCK_SESSION_H_
+#define TAVRIN_SRC_NET_WINSOCK_SESSION_H_
+
+#include <winsock2.h>
+#include <ws2tcpip.h>
+
+namespace vpn {
+
+class WinsockSession {
+ public:
+  WinsockSession() {
+    WSADATA data = {};
+    open_ = WSAStartup(MAKEWORD(2, 2), &data) == 0;
+  }
+  WinsockSession(const WinsockSession&) = delete;
+  WinsockSession& operator=(const WinsockSession&) = delete;
+  ~WinsockSession() {
+    if (open_) {
+      (void)WSACleanup();
+    }
+  }
+
+  bool isOpen() const { return open_; }
+
+ private:
+  bool open_ = false;
+};
+
+}  // namespace vpn
+
+#endif  // TAVRIN_SRC_NET_WINSOCK_SESSION_H_

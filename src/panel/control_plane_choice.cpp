@@ -1,0 +1,24 @@
+#include "src/panel/control_plane_choice.h"
+
+#include "src/account/local_control_plane.h"
+#include "src/account/xboard_control_plane.h"
+#include "src/panel/endpoints.h"
+
+namespace vpn {
+
+std::unique_ptr<ControlPlane> CreateControlPlane(const std::wstring& runtimeDir) {
+  const std::wstring sessionPath = runtimeDir + L"\\session.json";
+  const PanelEndpoints endpoints = ReadPanelEndpoints(runtimeDir);
+  std::wstring apiBase = TrimEndSlashes(endpoints.apiBase);
+  if (!apiBase.empty()) {
+    return std::make_unique<XboardControlPlane>(std::move(apiBase), sessionPath,
+                                                endpoints.deviceApi, endpoints.inviteBase);
+  }
+  apiBase = TrimEndSlashes(PanelUrlFromEnvironment());
+  if (!apiBase.empty()) {
+    return std::make_unique<XboardControlPlane>(std::move(apiBase), sessionPath, L"", L"");
+  }
+  return std::make_unique<LocalControlPlane>(runtimeDir + L"\\account.json", sessionPath);
+}
+
+}  // namespace vpn

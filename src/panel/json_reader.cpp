@@ -1,0 +1,139 @@
+#include "src/panel/json_reader.h"
+
+#include <cstdlib>
+#include <cstring>
+
+#include "src/common/key_scan.h"
+
+namespace vpn {
+namespace {
+
+constexpr size_t kNone = std::string::npos;
+
+// Position behind the bracket that closes the one at `open`, or `kNone`.
+size_t FindBalance(const std::string& text, size_t open, char opening, char closing) {
+  size_t depth = 0;
+  for (size_t at = open; at < text.size(); ++at) {
+    if (text[at] == opening) {
+      ++depth;
+    } else if (text[at] == closing && --depth == 0) {
+      return at + 1;
+    }
+  }
+  return kNone;
+}
+
+// Position of the value behind the key's colon and the blanks and tabs there, or `kNone`.
+size_t FindValue(const std::string& text, std::string_view key) {
+  const size_t behindColon = FindBehindColon(text, key);
+  return behindColon == kNone ? kNone : SkipBytes(text, behindColon, " \t");
+}
+
+std::int64_t ReadNumber(const std::string& text, size_t at) {
+  return std::strtoll(text.c_str() + at, nullptr, 10);
+}
+
+// Toward zero; what does not fit reads as the lowest number, as the processor's conversion has it.
+std::int64_t Truncate(double number) {
+  constexpr double kLimit = 9223372036854775808.0;  // 2^63
+  return number >= -kLimit && number < kLimit ? static_cast<std::int64_t>(number) : INT64_MIN;
+}
+
+// The objects at depth 0 of `span`; anything between them is passed over.
+std::vector<std::string> SplitObjects(std::string_view span) {
+  std::vector<std::string> objects;
+  size_t depth = 0;
+  size_t start = 0;
+  for (size_t at = 0; at < span.size(); ++at) {
+    if (span[at] == '{') {
+      start = depth == 0 ? at : start;
+      ++depth;
+    } else if (span[at] == '}' && depth > 0 && --depth == 0) {
+      objects.emplace_back(span.substr(start, at + 1 - start));
+    }
+  }
+  return objects;
+}
+
+}  // namespace
+
+std::string JsonDataObject(const std::string& body) {
+  const std::string data = JsonObject(body, "data");
+  return data.empty() ? body : data;
+}
+
+std::string JsonObject(const std::string& text, std::string_view key) {
+  const size_t behindKey = FindBehindKey(text, key);
+  const size_t open = behindKey == kNone ? kNone : text.find('{', behindKey);
+  const size_t end = open == kNone ? kNone : FindBalance(text, open, '{', '}');
+  return end == kNone ? std::string() : text.substr(open, end - open);
+}
+
+std::vector<std::string> JsonObjectArray(const std::string& text, std::string_view key) {
+  size_t behindKey = FindBehindKey(text, key);
+  if (behindKey == kNone) {
+    behindKey = FindBehindKey(text, "data");
+  }
+  const size_t open = behindKey == kNone ? kNone : text.find('[', behindKey);
+  if (open == kNone) {
+    return {};
+  }
+  const size_t end = FindBalance(text, open, '[', ']');
+  return SplitObjects(std::string_view(text).substr(open, end == kNone ? kNone : end - open));
+}
+
+std::vector<std::int64_t> JsonNumberArray(const std::string& text, std::string_view key) {
+  const size_t behindKey = FindBehindKey(text, key);
+  const size_t open = behindKey == kNone ? kNone : text.find('[', behindKey);
+  const size_t close = open == kNone ? kNone : text.find(']', open);
+  if (close == kNone) {
+    return {};
+  }
+  std::vector<std::int64_t> numbers;
+  std::string token;
+  for (size_t at = open + 1; at <= close; ++at) {
+    if (std::strchr("0123456789-.", text[at]) != nullptr && text[at] != '\0') {
+      token += text[at];
+    } else if (!token.empty()) {
+      numbers.push_back(Truncate(std::atof(token.c_str())));
+      token.clear();
+    }
+  }
+  return numbers;
+}
+
+std::string JsonString(const std::string& text, std::string_view key) {
+  const size_t at = FindValue(text, key);
+  if (at == kNone || at >= text.size() || text[at] != '"') {
+    return {};
+  }
+  const size_t close = FindClosingQuote(text, at + 1);
+  return JsonUnescape(std::string_view(text).substr(at + 1, close - at - 1));
+}
+
+std::int64_t JsonInt(const std::string& text, std::string_view key, std::int64_t fallback) {
+  const size_t at = FindValue(text, key);
+  if (at == kNone) {
+    return fallback;
+  }
+  return ReadNumber(text, at < text.size() && text[at] == '"' ? at + 1 : at);
+}
+
+bool JsonOptionalInt(const std::string& text, std::string_view key, std::int64_t& out) {
+  const size_t at = FindValue(text, key);
+  if (at == kNone || at >= text.size() || text.compare(at, 4, "null") == 0) {
+    return false;
+  }
+  out = ReadNumber(text, at);
+  return out >= 0;
+}
+
+bool JsonBool(const std::string& text, std::string_view key) {
+  const size_t at = FindValue(text, key);
+  if (at == kNone) {
+    return false;
+  }
+  return text.compare(at, 4, "true") == 0 || ReadNumber(text, at) != 0;
+}
+
+}  // namespace vpn

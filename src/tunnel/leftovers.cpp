@@ -1,0 +1,34 @@
+#include "src/tunnel/leftovers.h"
+
+#include "src/net/adapter_wait.h"
+#include "src/net/interface_address.h"
+#include "src/net/netsh.h"
+#include "src/net/routes.h"
+#include "src/tunnel/tunnel_config.h"
+
+namespace vpn {
+namespace {
+
+constexpr DWORD kSinglePass = 1;  // milliseconds: one look at the adapter list
+
+}  // namespace
+
+void ClearTunIpv4(const std::wstring& tunAlias, const std::wstring& tunAddress) {
+  (void)DeleteRoute(tunAlias, kLowerHalf, kSplitRoutePrefix, tunAddress);
+  (void)DeleteRoute(tunAlias, kUpperHalf, kSplitRoutePrefix, tunAddress);
+  (void)ClearInterfaceDns(tunAlias);
+}
+
+void CleanupLeftoverNetwork(const std::wstring& tunAddress, const std::wstring& physicalAlias) {
+  if (!physicalAlias.empty()) {
+    NetshSetRouterDiscovery(physicalAlias, true);
+  }
+  std::wstring tunAlias;
+  if (!WaitForTunAdapter(kAdapterName, tunAlias, kSinglePass) || tunAlias.empty()) {
+    return;
+  }
+  ClearTunIpv4(tunAlias, tunAddress);
+  NetshDeleteIpv6SplitRoutes(tunAlias);
+}
+
+}  // namespace vpn

@@ -1,0 +1,16 @@
+// Children of a run that crashed without its job taking them along.
+#ifndef TAVRIN_SRC_TUNNEL_ORPHANS_H_
+#define TAVRIN_SRC_TUNNEL_ORPHANS_H_
+
+#include <string>
+
+namespace vpn {
+
+// Ends every process whose image name begins with `name` and whose executable lies in or below
+// `directory`, ignoring case; one of the same name elsewhere is never touched. True when at least
+// one was ended. Empty arguments match nothing.
+bool KillProcessesUnder(const std::wstring& directory, const std::wstring& name);
+
+}  // namespace vpn
+
+#endif  // TAVRIN_SRC_TUNNEL_ORPHANS_H_

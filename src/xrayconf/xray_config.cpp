@@ -1,0 +1,116 @@
+#include "src/net/winsock_session.h"  // first: winsock2.h goes before windows.h
+
+#include "src/xrayconf/xray_config.h"
+
+#include <array>
+
+#include "src/common/deployment.h"
+#include "src/common/environment.h"
+#include "src/common/files.h"
+#include "src/common/socks_port.h"
+#include "src/common/text.h"
+#include "src/common/unique_handle.h"
+#include "src/xrayconf/xray_template.h"
+
+namespace vpn {
+namespace {
+
+struct AddressInfoTraits {
+  using Type = addrinfo*;
+  static Type Empty() { return nullptr; }
+  static bool IsValid(Type value) { return value != nullptr; }
+  static void Close(Type value) { freeaddrinfo(value); }
+};
+
+std::string DirectRule(const std::string& matcher) {
+  return "      { \"type\": \"field\", " + matcher + ", \"outboundTag\": \"direct\" },\n";
+}
+
+// They keep the connection to the node itself off the tunnel: the node as given, and its address
+// when that had to be looked up.
+std::string NodeDirectRules(const std::string& address, const std::string& outboundAddress) {
+  const bool isLiteral = IsIpLiteral(address);
+  std::string rules = DirectRule(isLiteral ? "\"ip\": [\"" + address + "\"]"
+                                           : "\"domain\": [\"full:" + address + "\"]");
+  if (IsIpLiteral(outboundAddress) && outboundAddress != address) {
+    rules += DirectRule("\"ip\": [\"" + outboundAddress + "\"]");
+  }
+  return rules;
+}
+
+// The node's address, or its first IPv4 address. A host name that does not resolve stays, and Xray
+// resolves it later.
+std::string OutboundAddress(const std::string& address) {
+  const std::string resolved = IsIpLiteral(address) ? "" : ResolveFirstIpv4(address);
+  return resolved.empty() ? address : resolved;
+}
+
+std::wstring ErrorLogPath(const std::wstring& configPath) {
+  const size_t separator = LastSeparator(configPath);
+  const std::wstring directory =
+      separator == std::wstring::npos ? L"" : configPath.substr(0, separator + 1);
+  return directory + L"xray-error.log";
+}
+
+std::string ProxyDomains() {
+  std::string list;
+  for (const char* domain : kProxyDomains) {
+    list += list.empty() ? "\"domain:" : ", \"domain:";
+    list += domain;
+    list += '"';
+  }
+  return list;
+}
+
+}  // namespace
+
+std::string ToJsonUtf8(const std::wstring& text) {
+  return EscapeQuotes(WideToUtf8(text));
+}
+
+bool IsIpLiteral(std::string_view text) {
+  return text.find(':') != std::string_view::npos || HasDottedQuadShape(text);
+}
+
+std::string ResolveFirstIpv4(const std::string& host) {
+  const WinsockSession winsock;  // without one in the process every look-up fails
+  addrinfo hints = {};
+  hints.ai_family = AF_INET;
+  hints.ai_socktype = SOCK_STREAM;
+  UniqueHandle<AddressInfoTraits> result;
+  if (getaddrinfo(host.c_str(), nullptr, &hints, result.put()) != 0 || !result) {
+    return {};
+  }
+  const auto* const address = reinterpret_cast<const sockaddr_in*>(result.get()->ai_addr);
+  std::array<char, 22> text{};
+  return inet_ntop(AF_INET, &address->sin_addr, text.data(), text.size()) == nullptr ? ""
+                                                                                     : text.data();
+}
+
+bool GenerateXrayConfig(const NodeInfo& node, const std::wstring& interfaceAlias,
+                        const std::wstring& configPath, std::wstring& error) {
+  const std::string address = ToJsonUtf8(node.address);
+  const std::string outboundAddress = OutboundAddress(address);
+  const std::string text =
+      FillTemplate(kXrayTemplate, {{"errorLog", ToJsonUtf8(ErrorLogPath(configPath))},
+                                   {"panelDomain", kPanelDomain},
+                                   {"socksPort", std::to_string(kSocksPort)},
+                                   {"outboundAddress", outboundAddress},
+                                   {"port", std::to_string(node.port)},
+                                   {"uuid", ToJsonUtf8(node.uuid)},
+                                   {"flow", ToJsonUtf8(node.flow)},
+                                   {"sni", ToJsonUtf8(node.sni)},
+                                   {"fingerprint", ToJsonUtf8(node.fingerprint)},
+                                   {"publicKey", ToJsonUtf8(node.publicKey)},
+                                   {"shortId", ToJsonUtf8(node.shortId)},
+                                   {"interfaceAlias", ToJsonUtf8(interfaceAlias)},
+                                   {"proxyDomains", ProxyDomains()},
+                                   {"nodeDirectRules", NodeDirectRules(address, outboundAddress)}});
+  if (!WriteFileBytes(configPath, text)) {
+    error = L"cannot write generated xray config";
+    return false;
+  }
+  return true;
+}
+
+}  // namespace vpn
