@@ -24,3 +24,5 @@ endif()
 
 add_subdirectory(tests/unit)
 add_subdirectory(tests/contract)
+
+include(cmake/tidy.cmake)

@@ -21,6 +21,8 @@ set_target_properties(TavrinService PROPERTIES
   RUNTIME_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}"
   LINK_DEPENDS "${PROJECT_SOURCE_DIR}/packaging/TavrinService.manifest")
 
+add_subdirectory(tools)
+
 # GoogleTest from Debian's source package, cross-compiled.
 set(gtest_force_shared_crt ON)
 set(INSTALL_GTEST OFF)
@@ -35,3 +37,6 @@ add_subdirectory(tests/netmodel)
 add_subdirectory(tests/standins)
 add_subdirectory(tests/contract)
 add_subdirectory(tests/e2e)
+
+add_test(NAME executable.IsSmallHardenedAndSelfContained
+  COMMAND "${PROJECT_SOURCE_DIR}/scripts/check_executable.sh" "$<TARGET_FILE:TavrinService>")

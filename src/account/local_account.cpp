@@ -49,7 +49,7 @@ int FlatJsonInt(const std::string& json, std::string_view key, int fallback) {
 
 bool IsDatePast(const std::string& text) {
   std::array<int, 3> date{};  // year, month, day
-  if (std::sscanf(text.c_str(), "%d-%d-%d", &date[0], &date[1], &date[2]) < 3) {
+  if (std::sscanf(text.c_str(), "%d-%d-%d", date.data(), &date[1], &date[2]) < 3) {
     return true;
   }
   SYSTEMTIME now = {};

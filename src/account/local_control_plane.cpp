@@ -63,7 +63,7 @@ bool LocalControlPlane::login(const std::wstring& email, const std::wstring& pas
   }
   // Neither value is escaped; the reader does not decode either.
   return WriteTextFile(
-      sessionPath, "{\"email\":\"" + WideToUtf8(email) + "\",\"expireAt\":\"" + expireAt + "\"}\n",
+      sessionPath, R"({"email":")" + WideToUtf8(email) + R"(","expireAt":")" + expireAt + "\"}\n",
       error);
 }
 

@@ -24,8 +24,8 @@ struct Outcome {
 std::wstring WidenBytes(std::string_view bytes) {
   std::wstring text;
   for (const char byte : bytes) {
-    const auto unit = static_cast<unsigned short>(static_cast<signed char>(byte));
-    text += static_cast<wchar_t>(unit);
+    const auto value = static_cast<unsigned char>(byte);
+    text += static_cast<wchar_t>(value < 0x80 ? value : 0xFF00 | value);
   }
   return text;
 }
@@ -81,7 +81,8 @@ void HandleClient(HANDLE pipe) {
   if (!outcome.ok) {
     WriteLog(L"ipc error=" + outcome.error);
   }
-  if (!WriteFrame(pipe, EncodeReply(outcome.ok, IsTunnelRunning(), outcome.error))) {
+  const std::string reply = EncodeReply(outcome.ok, IsTunnelRunning(), outcome.error);
+  if (!WriteFrame(pipe, reply)) {
     const DWORD writeError = GetLastError();
     WriteLog(L"ipc write reply failed err=" + std::to_wstring(writeError));
   }

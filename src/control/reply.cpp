@@ -12,8 +12,8 @@ const char* Word(bool value) {
 }  // namespace
 
 std::string EncodeReply(bool ok, bool running, const std::wstring& error) {
-  return std::string("{\"ok\":") + Word(ok) + ",\"running\":" + Word(running) + ",\"error\":\"" +
-         EscapeReplyText(WideToUtf8(error)) + "\"}";
+  return std::string(R"({"ok":)") + Word(ok) + R"(,"running":)" + Word(running) + R"(,"error":")" +
+         EscapeReplyText(WideToUtf8(error)) + R"("})";
 }
 
 std::string EscapeReplyText(std::string_view bytes) {

@@ -9,8 +9,10 @@
 #include "src/host/runtime_dir.h"
 #include "src/host/service_install.h"
 
-int wmain(int argc, wchar_t** argv) {
-  using namespace vpn;
+namespace vpn {
+namespace {
+
+int Run(int argc, const wchar_t* const* argv) {
   UseUtf8Console();
   const Options options = ParseOptions(argc, argv);
   OwnerPid = options.ownerPid;
@@ -28,4 +30,11 @@ int wmain(int argc, wchar_t** argv) {
     return ConsoleMain();
   }
   return RunUnderServiceManager();
+}
+
+}  // namespace
+}  // namespace vpn
+
+int wmain(int argc, wchar_t** argv) {
+  return vpn::Run(argc, argv);
 }

@@ -18,7 +18,7 @@ bool IsFile(const std::wstring& path) {
 std::wstring FullPath(const std::wstring& path) {
   std::array<wchar_t, kPathCapacity> full{};
   const DWORD length = GetFullPathNameW(path.c_str(), kPathCapacity, full.data(), nullptr);
-  return std::wstring(full.data(), length < kPathCapacity ? length : 0);
+  return {full.data(), length < kPathCapacity ? length : 0};
 }
 
 }  // namespace
@@ -34,8 +34,7 @@ std::wstring ModuleDirectory() {
 }
 
 std::wstring FindRuntimeDir() {
-  const std::wstring fromEnvironment =
-      ReadEnvironment(L"TAVRIN_RUNTIME", kPathCapacity).value_or(L"");
+  std::wstring fromEnvironment = ReadEnvironment(L"TAVRIN_RUNTIME", kPathCapacity).value_or(L"");
   if (!fromEnvironment.empty() && IsRuntimeDir(fromEnvironment)) {
     return fromEnvironment;
   }
@@ -43,7 +42,7 @@ std::wstring FindRuntimeDir() {
   const std::wstring besideExecutable = base + L"\\runtime";
   for (const std::wstring& candidate :
        {besideExecutable, base, base + L"\\..\\..\\..\\..\\tools\\phase-b\\local"}) {
-    const std::wstring full = FullPath(candidate);
+    std::wstring full = FullPath(candidate);
     if (!full.empty() && IsRuntimeDir(full)) {
       return full;
     }

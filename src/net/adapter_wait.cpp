@@ -1,8 +1,7 @@
-#include "src/net/adapter_list.h"  // first: winsock2.h goes before windows.h
-
 #include "src/net/adapter_wait.h"
 
 #include "src/common/text.h"
+#include "src/net/adapter_list.h"
 
 namespace vpn {
 namespace {

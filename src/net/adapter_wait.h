@@ -1,5 +1,5 @@
 // Waiting for the adapter that tun2socks creates. Budgets are in milliseconds; one of 0 makes no
-// look at all, one of 1 makes a single look.
+// look at all, one of 1 at most a single one.
 #ifndef TAVRIN_SRC_NET_ADAPTER_WAIT_H_
 #define TAVRIN_SRC_NET_ADAPTER_WAIT_H_
 

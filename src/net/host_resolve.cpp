@@ -1,11 +1,10 @@
-#include "src/net/winsock_session.h"  // first: winsock2.h goes before windows.h
-
 #include "src/net/host_resolve.h"
 
 #include <algorithm>
 
 #include "src/net/ip_helper.h"
 #include "src/net/routes.h"
+#include "src/net/winsock_session.h"
 
 namespace vpn {
 namespace {

@@ -6,9 +6,7 @@
 namespace vpn {
 namespace {
 
-constexpr ULONG kForever = 0xFFFFFFFF;  // seconds; netioapi.h: infinite lifetime
-
-// Best effort: an address that stays shows in the wait for readiness, if it matters at all.
+// Best effort: an address that stays does no harm beside the right one.
 void DeleteIpv4Addresses(const NET_LUID& luid) {
   UniqueMibTable<MIB_UNICASTIPADDRESS_TABLE> table;
   if (GetUnicastIpAddressTable(AF_INET, table.put()) != NO_ERROR || !table) {
@@ -30,6 +28,7 @@ void DisableDuplicateAddressDetection(const NET_LUID& luid) {
   row.Family = AF_INET;
   if (GetIpInterfaceEntry(&row) == NO_ERROR) {
     row.DadTransmits = 0;
+    row.SitePrefixLength = 0;  // IPv4 has none, yet the platform hands out 64 and refuses it back
     (void)SetIpInterfaceEntry(&row);
   }
 }
@@ -54,10 +53,7 @@ void AppendDnsServers(const IP_ADAPTER_ADDRESSES& adapter, std::vector<std::wstr
     if (address == nullptr || address->sa_family != AF_INET) {
       continue;
     }
-    const std::wstring text = FormatIpv4(reinterpret_cast<const sockaddr_in*>(address)->sin_addr);
-    if (!text.empty()) {
-      servers.push_back(text);
-    }
+    servers.push_back(FormatIpv4(reinterpret_cast<const sockaddr_in*>(address)->sin_addr));
   }
 }
 

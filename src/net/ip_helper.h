@@ -1,5 +1,5 @@
 // The IP Helper interface with what its headers need around it, and the owner of its tables.
-// Include it before <windows.h>.
+// WIN32_LEAN_AND_MEAN keeps <windows.h> from bringing the old winsock.h, so the order is free.
 #ifndef TAVRIN_SRC_NET_IP_HELPER_H_
 #define TAVRIN_SRC_NET_IP_HELPER_H_
 
@@ -14,6 +14,8 @@
 #include "src/common/unique_handle.h"
 
 namespace vpn {
+
+inline constexpr ULONG kForever = 0xFFFFFFFF;  // lifetime in seconds; nldef.h: infinite
 
 // For any table that a Get…Table call hands out.
 template <class Table>

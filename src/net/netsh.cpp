@@ -5,8 +5,10 @@
 namespace vpn {
 namespace {
 
+constexpr DWORD kNetshBudget = 2500;  // milliseconds
+
 void RunNetsh(const std::wstring& arguments) {
-  RunCommandQuiet(L"netsh " + arguments, 2500);
+  RunCommandQuiet(L"netsh " + arguments, kNetshBudget);
 }
 
 }  // namespace

@@ -1,11 +1,10 @@
-#include "src/net/ip_helper.h"  // first: winsock2.h goes before windows.h
-
 #include "src/net/physical_route.h"
 
 #include <algorithm>
 #include <array>
 
 #include "src/common/text.h"
+#include "src/net/ip_helper.h"
 
 namespace vpn {
 namespace {

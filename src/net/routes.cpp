@@ -7,8 +7,6 @@
 namespace vpn {
 namespace {
 
-constexpr ULONG kForever = 0xFFFFFFFF;  // seconds; netioapi.h: infinite lifetime
-
 bool IsSameRoute(const MIB_IPFORWARD_ROW2& row, const NET_LUID& luid, std::uint8_t prefixLength,
                  const IN_ADDR& destination) {
   return row.InterfaceLuid.Value == luid.Value &&

@@ -1,4 +1,4 @@
-// Holds Winsock open for a scope. This header goes before <windows.h>.
+// Holds Winsock open for a scope.
 #ifndef TAVRIN_SRC_NET_WINSOCK_SESSION_H_
 #define TAVRIN_SRC_NET_WINSOCK_SESSION_H_
 

@@ -8,7 +8,7 @@ namespace vpn {
 
 // Ends every process whose image name begins with `name` and whose executable lies in or below
 // `directory`, ignoring case; one of the same name elsewhere is never touched. True when at least
-// one was ended. Empty arguments match nothing.
+// one was found and told to end. Empty arguments match nothing.
 bool KillProcessesUnder(const std::wstring& directory, const std::wstring& name);
 
 }  // namespace vpn

@@ -1,8 +1,7 @@
-#include "src/net/winsock_session.h"  // first: winsock2.h goes before windows.h
-
 #include "src/tunnel/port_probe.h"
 
 #include "src/common/unique_handle.h"
+#include "src/net/winsock_session.h"
 
 namespace vpn {
 namespace {

@@ -66,25 +66,26 @@ std::wstring ProxyServer(HKEY settings) {
 bool CheckAdapters(std::wstring& error) {
   std::wstring found;
   if (!FindConflictingAdapter(kAdapterName, found)) {
-    return true;
+    return false;
   }
   error = L"检测到其他 VPN 正在使用网络（" + found +
           L"）。请先退出 v2rayN / Clash 等客户端的 TUN 模式，再连接。";
-  return false;
+  return true;
 }
 
 bool CheckSocksPort(std::wstring& error) {
   if (!WaitForLocalPort(kSocksPort, kSingleAttempt, nullptr)) {
-    return true;
+    return false;
   }
-  error = L"本机端口 17593 已被其他程序占用，无法建立隧道。请退出其他代理客户端后重试。";
-  return false;
+  error = L"本机端口 " + std::to_wstring(kSocksPort) +
+          L" 已被其他程序占用，无法建立隧道。请退出其他代理客户端后重试。";
+  return true;
 }
 
 }  // namespace
 
-bool CheckNoConflicts(std::wstring& error) {
-  return CheckAdapters(error) && !CheckSystemProxy(error) && CheckSocksPort(error);
+bool HasConflict(std::wstring& error) {
+  return CheckAdapters(error) || CheckSystemProxy(error) || CheckSocksPort(error);
 }
 
 bool FindConflictingAdapter(const std::wstring& ownName, std::wstring& found) {

@@ -7,9 +7,9 @@
 
 namespace vpn {
 
-// All checks in their order: another tunnel's adapter, the system proxy, the SOCKS port. False with
-// the user's text in `error` at the first that hits.
-bool CheckNoConflicts(std::wstring& error);
+// All checks in their order: another tunnel's adapter, the system proxy, the SOCKS port. True at
+// the first that hits, with the user's text in `error`.
+bool HasConflict(std::wstring& error);
 
 // True when an adapter that is up belongs to another tunnel, with its friendly name in `found`. An
 // adapter with `ownName` in its friendly name is this system's own.

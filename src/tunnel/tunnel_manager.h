@@ -21,9 +21,9 @@ class TunnelManager {
   ~TunnelManager();
 
   // Takes the machine from whatever state it is in to a working tunnel; what ran before is stopped
-  // first. On false `error` holds the text for the user and what was done is undone as far as
-  // `stop` can while `running` is false; on true `error` is unchanged. Blocks for tens of seconds
-  // at worst.
+  // first. On true `error` is unchanged. On false it holds the text for the user; a failure after
+  // the job exists has called `stop`, and one before it leaves the panel's pins to the next `stop`.
+  // Blocks for tens of seconds at worst.
   bool start(const TunnelConfig& config, std::wstring& error);
 
   // Ends the children and undoes the network changes. Any state, any number of times; cannot fail.

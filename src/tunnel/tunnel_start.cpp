@@ -23,9 +23,11 @@ constexpr DWORD kAdapterBudget = 15000;
 constexpr DWORD kAddressBudget = 4000;
 constexpr DWORD kOrphanPause = 150;
 
-constexpr wchar_t kTun2socksArguments[] =
-    L" --loglevel warn --device tavrin --mtu 1400 --tcp-auto-tuning --tcp-sndbuf 4m"
-    L" --tcp-rcvbuf 4m --proxy socks5://127.0.0.1:17593";
+std::wstring Tun2socksCommandLine(const std::wstring& executable) {
+  return QuoteArgument(executable) + L" --loglevel warn --device " + kAdapterName +
+         L" --mtu 1400 --tcp-auto-tuning --tcp-sndbuf 4m --tcp-rcvbuf 4m" +
+         L" --proxy socks5://127.0.0.1:" + std::to_wstring(kSocksPort);
+}
 
 std::wstring OrDefault(const std::wstring& text, const wchar_t* fallback) {
   return text.empty() ? fallback : text;
@@ -33,6 +35,21 @@ std::wstring OrDefault(const std::wstring& text, const wchar_t* fallback) {
 
 bool Exists(const std::wstring& path) {
   return GetFileAttributesW(path.c_str()) != INVALID_FILE_ATTRIBUTES;
+}
+
+// The user's text about the first file that is missing; null when all are there.
+const wchar_t* MissingFile(const std::wstring& xray, const std::wstring& tun2socks,
+                           const std::wstring& wintun, const std::wstring& configuration) {
+  if (!Exists(xray)) {
+    return L"xray.exe not found";
+  }
+  if (tun2socks.empty()) {
+    return L"tun2socks exe not found";
+  }
+  if (!Exists(wintun)) {
+    return L"wintun.dll not found next to tun2socks";
+  }
+  return Exists(configuration) ? nullptr : L"config not found";
 }
 
 // What a crashed run's children leave behind goes once they are dead.
@@ -56,7 +73,7 @@ bool TunnelManager::start(const TunnelConfig& config, std::wstring& error) {
   ConnectTimer timer;
   clearOldState(config, timer);
   HelperFiles files;
-  if (!CheckNoConflicts(error) || !findHelperFiles(config, files, error) ||
+  if (HasConflict(error) || !findHelperFiles(config, files, error) ||
       !preparePhysicalSide(config, timer, error) || !createJob(error)) {
     return false;
   }
@@ -89,18 +106,12 @@ bool TunnelManager::findHelperFiles(const TunnelConfig& config, HelperFiles& fil
   }
   files.xray = config.xrayDir + L"\\xray.exe";
   files.tun2socks = FindFileByPattern(config.tun2socksDir, L"tun2socks*.exe");
-  if (!Exists(files.xray)) {
-    error = L"xray.exe not found";
-  } else if (files.tun2socks.empty()) {
-    error = L"tun2socks exe not found";
-  } else if (!Exists(config.tun2socksDir + L"\\wintun.dll")) {
-    error = L"wintun.dll not found next to tun2socks";
-  } else if (!Exists(config.configPath)) {
-    error = L"config not found";
-  } else {
-    return true;
+  const wchar_t* const missing = MissingFile(
+      files.xray, files.tun2socks, config.tun2socksDir + L"\\wintun.dll", config.configPath);
+  if (missing != nullptr) {
+    error = missing;
   }
-  return false;
+  return missing == nullptr;
 }
 
 bool TunnelManager::preparePhysicalSide(const TunnelConfig& config, ConnectTimer& timer,
@@ -151,7 +162,7 @@ bool TunnelManager::createJob(std::wstring& error) {
 bool TunnelManager::startChildren(const TunnelConfig& config, const HelperFiles& files,
                                   ConnectTimer& timer, std::wstring& error) {
   if (!startXray(config, files, timer, error) ||
-      !SpawnChild(job.get(), files.tun2socks, QuoteArgument(files.tun2socks) + kTun2socksArguments,
+      !SpawnChild(job.get(), files.tun2socks, Tun2socksCommandLine(files.tun2socks),
                   config.tun2socksDir, tun2socksProcess, tun2socksThread, error)) {
     return false;
   }

@@ -62,7 +62,6 @@ void TunnelManager::undoNetwork() {
   if (!running) {
     return;
   }
-  running = false;
   if (!tunAlias.empty() && !tunAddress.empty()) {
     ClearTunIpv4(tunAlias, tunAddress);
   }
@@ -72,6 +71,7 @@ void TunnelManager::undoNetwork() {
   if (!tunAlias.empty()) {
     NetshDeleteIpv6SplitRoutes(tunAlias);
   }
+  running = false;
 }
 
 }  // namespace vpn

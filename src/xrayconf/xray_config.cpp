@@ -1,5 +1,3 @@
-#include "src/net/winsock_session.h"  // first: winsock2.h goes before windows.h
-
 #include "src/xrayconf/xray_config.h"
 
 #include <array>
@@ -10,6 +8,7 @@
 #include "src/common/socks_port.h"
 #include "src/common/text.h"
 #include "src/common/unique_handle.h"
+#include "src/net/winsock_session.h"
 #include "src/xrayconf/xray_template.h"
 
 namespace vpn {
@@ -23,17 +22,17 @@ struct AddressInfoTraits {
 };
 
 std::string DirectRule(const std::string& matcher) {
-  return "      { \"type\": \"field\", " + matcher + ", \"outboundTag\": \"direct\" },\n";
+  return R"(      { "type": "field", )" + matcher + R"(, "outboundTag": "direct" },)" + '\n';
 }
 
 // They keep the connection to the node itself off the tunnel: the node as given, and its address
 // when that had to be looked up.
 std::string NodeDirectRules(const std::string& address, const std::string& outboundAddress) {
   const bool isLiteral = IsIpLiteral(address);
-  std::string rules = DirectRule(isLiteral ? "\"ip\": [\"" + address + "\"]"
-                                           : "\"domain\": [\"full:" + address + "\"]");
+  std::string rules = DirectRule(isLiteral ? R"("ip": [")" + address + R"("])"
+                                           : R"("domain": ["full:)" + address + R"("])");
   if (IsIpLiteral(outboundAddress) && outboundAddress != address) {
-    rules += DirectRule("\"ip\": [\"" + outboundAddress + "\"]");
+    rules += DirectRule(R"("ip": [")" + outboundAddress + R"("])");
   }
   return rules;
 }
@@ -55,7 +54,7 @@ std::wstring ErrorLogPath(const std::wstring& configPath) {
 std::string ProxyDomains() {
   std::string list;
   for (const char* domain : kProxyDomains) {
-    list += list.empty() ? "\"domain:" : ", \"domain:";
+    list += list.empty() ? R"("domain:)" : R"(, "domain:)";
     list += domain;
     list += '"';
   }

@@ -1,0 +1,18 @@
+#!/usr/bin/env bash
+# Builds TavrinService.exe and shows its main job on a simulated network under Wine: a connect with
+# a local account, the tunnel up, and a disconnect that leaves the machine as it was. Ends with 0
+# only if everything was as expected.
+set -euo pipefail
+cd "$(dirname "$0")"
+
+scripts/install_packages.sh cmake ninja-build g++-mingw-w64-x86-64-posix wine wine64 \
+  googletest nlohmann-json3-dev
+echo "Building (quiet; the log is build/run-build.log) ..."
+mkdir -p build
+if ! { cmake --preset windows &&
+  cmake --build --preset windows --target TavrinService tavrin_control standins; } \
+  >build/run-build.log 2>&1; then
+  tail -n 40 build/run-build.log
+  exit 1
+fi
+exec scripts/demo.sh build/windows

@@ -1,0 +1,40 @@
+#!/usr/bin/env bash
+# Installs what is missing, builds both worlds and runs every test; ends at the first kind that
+# fails.
+set -euo pipefail
+cd "$(dirname "$0")"
+
+stage() { printf '\n==== %s\n' "$*"; }
+
+stage "Packages"
+scripts/install_packages.sh cmake ninja-build git g++ g++-mingw-w64-x86-64-posix wine wine64 \
+  clang clang-format clang-tidy libclang-rt-14-dev libgtest-dev googletest nlohmann-json3-dev
+
+stage "Format and documents"
+scripts/check_format.sh
+scripts/check_docs.sh
+
+# A quiet build: the compiler speaks only when something is wrong.
+build() {
+  cmake --preset "$1" >"build/$1.log" || { cat "build/$1.log"; return 1; }
+  cmake --build --preset "$1" "${@:2}" >"build/$1.log" 2>&1 || { tail -n 60 "build/$1.log"; return 1; }
+}
+mkdir -p build
+
+stage "Simulated world: unit and contract tests under AddressSanitizer and UBSan"
+build native
+ctest --preset native
+
+stage "clang-tidy"
+build native --target tidy
+
+stage "Simulated world: what has threads, under ThreadSanitizer"
+build native-tsan
+ctest --preset native-tsan
+
+stage "Real world: contract and end-to-end tests of the shipping executable under Wine"
+build windows
+ctest --preset windows
+
+echo
+echo "All tests passed."
