@@ -88,7 +88,8 @@ struct ReferralRow {
 
 // Built for one use by one thread. Operations other than `logout` return true on success; on false
 // `error` holds one line for the user. Output records are reset at the start of a call and then
-// hold exactly what its steps assigned. No operation keeps a reference to its arguments.
+// hold exactly what its steps assigned; only the panel's `fetchAccount` and `fetchPlans` leave them
+// alone until the panel has answered. No operation keeps a reference to its arguments.
 class ControlPlane {
  public:
   virtual ~ControlPlane() = default;

@@ -71,6 +71,11 @@ void ServeOneClient() {
     Sleep(kRetryPause);
     return;
   }
+  // Whoever asked for the stop while there was no instance could not connect, and will not try
+  // again: without this look the wait would last until some client comes.
+  if (StopRequested.load() != 0) {
+    return;
+  }
   // A client that came between creation and this call is reported as a failure.
   const bool connected =
       ConnectNamedPipe(pipe.get(), nullptr) != FALSE || GetLastError() == ERROR_PIPE_CONNECTED;

@@ -7,12 +7,20 @@
 #include <cwchar>
 
 namespace vpn {
+namespace {
+
+constexpr size_t kBufferSize = 4096;  // bytes
+
+}  // namespace
 
 void UseUtf8Console() {
   (void)SetConsoleOutputCP(CP_UTF8);
   // Without a console (a service) the streams have no descriptor; there is nothing to set then.
-  (void)_setmode(_fileno(stdout), _O_U8TEXT);
-  (void)_setmode(_fileno(stderr), _O_U8TEXT);
+  for (std::FILE* stream : {stdout, stderr}) {
+    (void)_setmode(_fileno(stream), _O_U8TEXT);
+    // Whole texts at a time: unit by unit, a character of two units would fall apart.
+    (void)std::setvbuf(stream, nullptr, _IOFBF, kBufferSize);
+  }
 }
 
 void WriteConsoleText(std::FILE* stream, const std::wstring& text) {

@@ -42,7 +42,7 @@ void WriteLog(const std::wstring& message) {
   if (!file) {
     return;
   }
-  // One write a line, so that two processes that append at once leave whole lines.
+  // Terminator replaced by the line feed, so that a line is one write.
   const std::string bytes = LogBytes(message);
   (void)std::fwrite(bytes.data(), 1, bytes.size(), file.get());
 }

@@ -1,3 +1,6 @@
+#include <atomic>
+#include <string>
+
 #include "src/control/pipe_server.h"
 #include "src/host/process_state.h"
 #include "src/host/run_modes.h"
@@ -7,19 +10,20 @@
 namespace vpn {
 namespace {
 
-SERVICE_STATUS_HANDLE ServiceStatusHandle = nullptr;
-SERVICE_STATUS ServiceStatusRecord = {};  // the status last reported
+// The handler may run on the dispatcher's thread while the service's own thread reports.
+std::atomic<SERVICE_STATUS_HANDLE> ServiceStatusHandle{nullptr};
 
 constexpr DWORD kStopAndShutdown = SERVICE_ACCEPT_STOP | SERVICE_ACCEPT_SHUTDOWN;
 
 // `waitHint` is in milliseconds. The check point is never used.
 void ReportStatus(DWORD state, DWORD acceptedControls, DWORD waitHint) {
-  ServiceStatusRecord.dwServiceType = SERVICE_WIN32_OWN_PROCESS;
-  ServiceStatusRecord.dwCurrentState = state;
-  ServiceStatusRecord.dwControlsAccepted = acceptedControls;
-  ServiceStatusRecord.dwWin32ExitCode = NO_ERROR;
-  ServiceStatusRecord.dwWaitHint = waitHint;
-  (void)SetServiceStatus(ServiceStatusHandle, &ServiceStatusRecord);  // nobody else to tell
+  SERVICE_STATUS record = {};
+  record.dwServiceType = SERVICE_WIN32_OWN_PROCESS;
+  record.dwCurrentState = state;
+  record.dwControlsAccepted = acceptedControls;
+  record.dwWin32ExitCode = NO_ERROR;
+  record.dwWaitHint = waitHint;
+  (void)SetServiceStatus(ServiceStatusHandle.load(), &record);  // nobody else to tell
 }
 
 }  // namespace
@@ -36,8 +40,9 @@ int RunUnderServiceManager() {
 }
 
 void WINAPI ServiceMain(DWORD /*argc*/, LPWSTR* /*argv*/) {
-  ServiceStatusHandle = RegisterServiceCtrlHandlerExW(kServiceName, ServiceControlHandler, nullptr);
-  if (ServiceStatusHandle == nullptr) {
+  ServiceStatusHandle.exchange(
+      RegisterServiceCtrlHandlerExW(kServiceName, ServiceControlHandler, nullptr));
+  if (ServiceStatusHandle.load() == nullptr) {
     return;
   }
   ReportStatus(SERVICE_START_PENDING, 0, 2000);
@@ -52,7 +57,7 @@ void WINAPI ServiceMain(DWORD /*argc*/, LPWSTR* /*argv*/) {
 DWORD WINAPI ServiceControlHandler(DWORD control, DWORD /*eventType*/, void* /*eventData*/,
                                    void* /*context*/) {
   if (control == SERVICE_CONTROL_STOP || control == SERVICE_CONTROL_SHUTDOWN) {
-    if (ServiceStatusHandle != nullptr) {
+    if (ServiceStatusHandle.load() != nullptr) {
       ReportStatus(SERVICE_STOP_PENDING, kStopAndShutdown, 4000);
     }
     WakeControlPipe();

@@ -6,7 +6,7 @@ namespace vpn {
 
 // Sets `StopRequested` and makes a throw-away connection to the control pipe, which returns a
 // server that waits for a client. Any thread; takes no lock. A failed connection does no harm: the
-// server then reads the flag when the client that it serves is done.
+// server then serves a client or creates its next instance, and reads the flag after either.
 void WakeControlPipe();
 
 }  // namespace vpn

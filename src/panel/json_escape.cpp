@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <cstdlib>
 
+#include "src/common/text.h"
 #include "src/panel/json_reader.h"
 
 namespace vpn {
@@ -48,15 +49,12 @@ size_t DecodeFront(std::string_view rest, std::string& out) {
 
 std::string JsonEscape(std::string_view text) {
   std::string escaped;
-  for (const char byte : text) {
+  for (const char byte : EscapeQuotes(text)) {
     if (byte == '\n') {
       escaped += "\\n";
-      continue;
+    } else {
+      escaped += byte;
     }
-    if (byte == '"' || byte == '\\') {
-      escaped += '\\';
-    }
-    escaped += byte;
   }
   return escaped;
 }
