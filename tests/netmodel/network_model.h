@@ -40,12 +40,14 @@ struct Adapter {
   std::uint32_t operStatus = kOperStatusUp;
   std::uint32_t ifType = 6;  // IF_TYPE_ETHERNET_CSMACD; 53 is the virtual type of Wintun
   std::uint32_t mtu = 1500;
-  std::vector<UnicastAddress> addresses;  // IPv4 only
-  std::vector<std::string> dnsServers;    // dotted IPv4 or IPv6 text, in the adapter's order
-  bool dnsFromDhcp = true;                // cleared by a static setting, set by netsh source=dhcp
+  std::vector<UnicastAddress> addresses;    // IPv4 only
+  std::vector<std::string> dnsServers;      // dotted IPv4 or IPv6 text, in the adapter's order
+  bool dnsFromDhcp = true;                  // cleared by a static setting, set by netsh source=dhcp
   std::vector<std::string> dhcpDnsServers;  // what source=dhcp brings back
   std::uint32_t dadTransmits = 3;
   bool ipv6RouterDiscovery = true;
+  // What the router on this link advertises; enabling router discovery brings these routes back.
+  std::vector<std::string> advertisedIpv6Prefixes;
   bool ipv6Enabled = true;  // netsh admin=
   bool operator==(const Adapter&) const = default;
 };
@@ -94,7 +96,8 @@ struct Network {
   // 0, 5010 for an address that stands on the same adapter, 1168 for an unknown LUID.
   std::uint32_t CreateAddress(std::uint64_t luid, UnicastAddress address);
   std::uint32_t DeleteAddress(std::uint64_t luid, std::uint32_t address);
-  // Servers are separated by commas or blanks; the empty text clears the static list. 0, or 2 for an unknown GUID.
+  // Servers are separated by commas or blanks; the empty text clears the static list, and what DHCP
+  // gave serves again. 0, or 2 for an unknown GUID.
   std::uint32_t SetDnsServers(const std::array<std::uint8_t, 16>& guid, const std::string& servers);
 
   // Carries out one netsh command line as the product writes them (ipv6 set interface

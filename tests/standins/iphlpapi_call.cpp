@@ -1,0 +1,50 @@
+#include "tests/standins/iphlpapi_call.h"
+
+#include <cstdio>
+#include <exception>
+
+#include "tests/standins/shared_machine.h"
+
+namespace standins {
+
+std::uint32_t Answer(const char* call, const Describe& describe, const Act& act) {
+  try {
+    SharedMachine machine;
+    netmodel::Network& network = machine.state().network;
+    const std::string line = std::string(call) + "(" + describe(network) + ") = ";
+    std::uint32_t code = TakeFault(machine.state(), call);
+    if (code == 0) code = act(network);
+    machine.Log(line + std::to_string(code));
+    return code;
+  } catch (const std::exception& failure) {
+    std::fprintf(stderr, "%s: %s\n", call, failure.what());
+    return ERROR_GEN_FAILURE;
+  }
+}
+
+void Note(const char* call, const std::string& arguments) {
+  try {
+    SharedMachine machine;
+    machine.Log(std::string(call) + "(" + arguments + ")");
+  } catch (const std::exception& failure) {
+    std::fprintf(stderr, "%s: %s\n", call, failure.what());
+  }
+}
+
+std::string NameOf(const netmodel::Network& network, std::uint64_t luid) {
+  const netmodel::Adapter* adapter = network.FindByLuid(luid);
+  return adapter != nullptr ? adapter->friendlyName : "luid " + std::to_string(luid);
+}
+
+std::uint32_t Ipv4Of(const SOCKADDR_INET& address) {
+  return address.si_family == AF_INET ? ntohl(address.Ipv4.sin_addr.s_addr) : 0;
+}
+
+SOCKADDR_INET SocketAddressOf(std::uint32_t address) {
+  SOCKADDR_INET result{};
+  result.Ipv4.sin_family = AF_INET;
+  result.Ipv4.sin_addr.s_addr = htonl(address);
+  return result;
+}
+
+}  // namespace standins
