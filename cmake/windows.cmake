@@ -24,6 +24,7 @@ set_target_properties(TavrinService PROPERTIES
 add_subdirectory(tools)
 
 # GoogleTest from Debian's source package, cross-compiled.
+set(CMAKE_POLICY_DEFAULT_CMP0077 NEW)  # or it overrides the two settings below
 set(gtest_force_shared_crt ON)
 set(INSTALL_GTEST OFF)
 add_subdirectory(/usr/src/googletest googletest EXCLUDE_FROM_ALL)
