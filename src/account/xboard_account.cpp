@@ -10,7 +10,7 @@
 namespace vpn {
 namespace {
 
-// Panels answer this client with plain vless:// links.
+// What a panel hands out depends on the client that asks; to this one it gives vless:// links.
 constexpr wchar_t kSubscriptionAgent[] = L"v2rayN/6.45";
 
 std::int32_t Narrow(std::int64_t value) {
@@ -60,22 +60,26 @@ std::wstring SubscriptionUrl(const std::string& data, const std::wstring& apiBas
   return apiBase + L"/api/v1/client/subscribe?token=" + Utf8ToWide(token);
 }
 
-// A subscription that fails is not fatal; its text stays if none stood there before.
-void FetchSubscription(const std::wstring& url, std::vector<NodeInfo>& nodes, std::wstring& error) {
+// A subscription that fails is not fatal. True when its failure's text went into `error`, which it
+// does only if none stood there before.
+bool FetchSubscription(const std::wstring& url, std::vector<NodeInfo>& nodes, std::wstring& error) {
   std::string text;
   std::wstring failure;
   if (HttpRequest(L"GET", url, L"", "", L"", text, failure, kSubscriptionAgent, nullptr)) {
     ParseSubscription(text, nodes);
-  } else if (error.empty()) {
+    return false;
+  }
+  const bool kept = error.empty();
+  if (kept) {
     error = failure;
   }
+  return kept;
 }
 
 }  // namespace
 
 bool XboardControlPlane::fetchAccount(AccountSession& session, std::wstring& error) {
-  if (authData.empty()) {
-    error = L"请先登录";
+  if (!requireSignIn(error)) {
     return false;
   }
   std::string response;
@@ -89,18 +93,16 @@ bool XboardControlPlane::fetchAccount(AccountSession& session, std::wstring& err
     return true;
   }
   const std::wstring url = SubscriptionUrl(data, apiBase);
-  if (!url.empty()) {
-    FetchSubscription(url, session.nodes, error);
-  }
-  return !session.nodes.empty() || fetchServers(uuid, session.nodes, error);
+  const bool keepError = !url.empty() && FetchSubscription(url, session.nodes, error);
+  return !session.nodes.empty() || fetchServers(uuid, keepError, session.nodes, error);
 }
 
-bool XboardControlPlane::fetchServers(const std::wstring& uuid, std::vector<NodeInfo>& nodes,
-                                      std::wstring& error) {
+bool XboardControlPlane::fetchServers(const std::wstring& uuid, bool keepError,
+                                      std::vector<NodeInfo>& nodes, std::wstring& error) {
   std::string response;
   std::wstring failure;
   if (!GetFromPanel(apiBase + L"/api/v1/user/server/fetch", authData, response, failure)) {
-    if (error.empty()) {
+    if (!keepError) {
       error = failure.empty() ? L"无法获取订阅节点" : failure;
     }
     return false;
