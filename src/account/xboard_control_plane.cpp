@@ -29,8 +29,8 @@ void XboardControlPlane::loadSession() {
   }
 }
 
-// Panels of one family read a JSON body, older ones a form; whatever went wrong with the first, the
-// second is tried, and only its outcome is told.
+// Some panels read a JSON body and some only a form. Whatever went wrong with the first, the second
+// is tried, and only its outcome is told; a wrong password thus counts twice on the panel.
 bool XboardControlPlane::login(const std::wstring& address, const std::wstring& password,
                                std::wstring& error) {
   const std::wstring url = apiBase + L"/api/v1/passport/auth/login";
@@ -62,6 +62,13 @@ bool XboardControlPlane::login(const std::wstring& address, const std::wstring& 
 bool XboardControlPlane::keepSession(const std::wstring& address, std::wstring& error) {
   email = address;
   return SaveSession(sessionPath, email, authData, error);
+}
+
+bool XboardControlPlane::requireSignIn(std::wstring& error) const {
+  if (authData.empty()) {
+    error = L"请先登录";
+  }
+  return !authData.empty();
 }
 
 bool XboardControlPlane::logout() {

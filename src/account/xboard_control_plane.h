@@ -6,9 +6,9 @@
 
 namespace vpn {
 
-// Signed in exactly when there is a credential, from the session file or from a login. The
-// credential goes to the panel (and the device service) and nowhere else; what it looks like is the
-// panel's affair. Nothing is retried unless an operation says so.
+// Signed in exactly when there is a credential, from the session file or from a login. It is sent
+// to the panel's and the device service's addresses only, though whither these redirect is their
+// affair, and so is what it looks like. Nothing is retried unless an operation says so.
 class XboardControlPlane : public ControlPlane {
  public:
   // Takes the slashes off the ends of the three addresses and loads the earlier session from
@@ -42,8 +42,13 @@ class XboardControlPlane : public ControlPlane {
   // with the object signed in all the same.
   bool keepSession(const std::wstring& address, std::wstring& error);
 
-  // The fall-back of `fetchAccount`: replaces `nodes` by those of the server list.
-  bool fetchServers(const std::wstring& uuid, std::vector<NodeInfo>& nodes, std::wstring& error);
+  // False with the text for a user who is signed out.
+  bool requireSignIn(std::wstring& error) const;
+
+  // The fall-back of `fetchAccount`: replaces `nodes` by those of the server list. `keepError`: a
+  // failed request leaves the text that the subscription's failure put into `error`.
+  bool fetchServers(const std::wstring& uuid, bool keepError, std::vector<NodeInfo>& nodes,
+                    std::wstring& error);
 
   // Cancels an order; an empty number is none. The outcome is nobody's concern.
   void CancelOrder(const std::string& tradeNo);

@@ -22,8 +22,7 @@ bool XboardControlPlane::claimDevice(const std::wstring& deviceId, std::int32_t&
   if (deviceApi.empty()) {
     return true;  // no device service: everything is allowed
   }
-  if (authData.empty()) {
-    error = L"请先登录";
+  if (!requireSignIn(error)) {
     return false;
   }
   if (deviceId.empty() || deviceId == L"unknown-device") {

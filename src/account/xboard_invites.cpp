@@ -51,8 +51,7 @@ std::wstring XboardControlPlane::InviteLinkBase() const {
 
 bool XboardControlPlane::fetchInvite(InviteInfo& info, std::wstring& error) {
   info = InviteInfo();
-  if (authData.empty()) {
-    error = L"请先登录";
+  if (!requireSignIn(error)) {
     return false;
   }
   const std::wstring fetchUrl = apiBase + L"/api/v1/user/invite/fetch";
@@ -87,8 +86,7 @@ bool XboardControlPlane::fetchReferrals(std::int32_t page, std::vector<ReferralR
                                         std::int32_t& total, std::wstring& error) {
   rows.clear();
   total = 0;
-  if (authData.empty()) {
-    error = L"请先登录";
+  if (!requireSignIn(error)) {
     return false;
   }
   std::string response;

@@ -65,7 +65,8 @@ void XboardControlPlane::CancelOpenOrders() {
       CancelOrder(JsonString(order, "trade_no"));
     }
   }
-  // Panels that don't know the filter list everything above, and some list nothing.
+  // A panel that knows no filter was asked to cancel everything it listed, and refuses what is not
+  // open; one that filters differently gets a second chance here.
   std::string all;
   if (GetFromPanel(apiBase + L"/api/v1/user/order/fetch", authData, all, ignored)) {
     for (const std::string& order : JsonObjectArray(all, "data")) {
@@ -96,8 +97,7 @@ bool XboardControlPlane::PlaceOrder(std::int32_t planId, const std::wstring& per
 bool XboardControlPlane::purchasePlan(std::int32_t planId, const std::wstring& period,
                                       PurchaseResult& result, std::wstring& error) {
   result = PurchaseResult();
-  if (authData.empty()) {
-    error = L"请先登录";
+  if (!requireSignIn(error)) {
     return false;
   }
   CancelOpenOrders();

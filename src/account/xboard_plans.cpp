@@ -6,8 +6,7 @@
 namespace vpn {
 
 bool XboardControlPlane::fetchPlans(std::vector<PlanOption>& plans, std::wstring& error) {
-  if (authData.empty()) {
-    error = L"请先登录";
+  if (!requireSignIn(error)) {
     return false;
   }
   std::string response;

@@ -27,12 +27,12 @@ bool FailWithMessage(const std::string& response, const wchar_t* step, DWORD sta
 
 // Explains a refused registration from the panel's answer to it.
 std::wstring RegistrationError(const std::string& response, const std::wstring& transportError) {
-  std::wstring text = transportError;
-  PreferPanelMessage(response, text);
-  if (Utf8ToWide(JsonString(response, "message")).find(L"已存在") != std::wstring::npos) {
-    return L"这个邮箱已经注册过了，请用下面的「去登录」进入";
+  const std::wstring message = Utf8ToWide(JsonString(response, "message"));
+  if (message.empty()) {
+    return transportError.empty() ? L"注册失败" : transportError;
   }
-  return text.empty() ? L"注册失败" : text;
+  const bool isKnown = message.find(L"已存在") != std::wstring::npos;
+  return isKnown ? L"这个邮箱已经注册过了，请用下面的「去登录」进入" : message;
 }
 
 }  // namespace

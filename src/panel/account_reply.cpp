@@ -63,12 +63,6 @@ std::int32_t ServerPort(const std::string& server) {
   return port;
 }
 
-void AssignIfGiven(const std::string& value, std::wstring& field) {
-  if (!value.empty()) {
-    field = Utf8ToWide(value);
-  }
-}
-
 bool IsVlessServer(const std::string& server) {
   const std::wstring type = ToLowerText(Utf8ToWide(JsonString(server, "type")));
   return type.empty() || type == L"vless" || type == L"v2ray";

@@ -38,7 +38,7 @@ bool CrackUrl(const std::wstring& url, UrlParts& parts) {
   return true;
 }
 
-// The panel's generations look for the credential under different names, so it goes out twice.
+// The credential goes out under both names that panels have been seen to use.
 std::wstring HeaderBlock(const wchar_t* userAgent, bool hasBody, const std::wstring& contentType,
                          const std::wstring& authorization) {
   const bool hasAgent = userAgent != nullptr && *userAgent != L'\0';
@@ -54,16 +54,17 @@ std::wstring HeaderBlock(const wchar_t* userAgent, bool hasBody, const std::wstr
   return block;
 }
 
-// 0 when an answer has begun to arrive, else the platform's code.
-DWORD Send(HINTERNET request, const std::wstring& headers, const std::string& body) {
+// True when an answer has begun to arrive, else false with the platform's code in `code`.
+bool Send(HINTERNET request, const std::wstring& headers, const std::string& body, DWORD& code) {
   void* const data = body.empty() ? WINHTTP_NO_REQUEST_DATA : const_cast<char*>(body.data());
   const auto size = static_cast<DWORD>(body.size());
   constexpr auto kAutomatic = static_cast<DWORD>(-1);
   if (WinHttpSendRequest(request, headers.c_str(), kAutomatic, data, size, size, 0) == FALSE ||
       WinHttpReceiveResponse(request, nullptr) == FALSE) {
-    return GetLastError();
+    code = GetLastError();
+    return false;
   }
-  return 0;
+  return true;
 }
 
 bool QueryStatus(HINTERNET request, DWORD& status) {
@@ -158,9 +159,9 @@ bool HttpRequest(const std::wstring& method, const std::wstring& url,
     error = L"无法创建面板请求";
     return false;
   }
-  const DWORD sendError =
-      Send(request.get(), HeaderBlock(userAgent, !body.empty(), contentType, authorization), body);
-  if (sendError != 0) {
+  DWORD sendError = 0;
+  if (!Send(request.get(), HeaderBlock(userAgent, !body.empty(), contentType, authorization), body,
+            sendError)) {
     return FailTransport(sendError, error, statusOut);
   }
   DWORD status = 0;

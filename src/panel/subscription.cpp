@@ -75,20 +75,6 @@ std::string EitherParam(const std::string& query, std::string_view first, std::s
   return value.empty() ? QueryParam(query, second) : value;
 }
 
-void AssignIfGiven(const std::string& value, std::wstring& field) {
-  if (!value.empty()) {
-    field = Utf8ToWide(value);
-  }
-}
-
-int HexDigit(char c) {
-  if (c >= '0' && c <= '9') {
-    return c - '0';
-  }
-  const char lower = static_cast<char>(c | 0x20);
-  return lower >= 'a' && lower <= 'f' ? lower - 'a' + 10 : -1;
-}
-
 }  // namespace
 
 void ParseSubscription(const std::string& text, std::vector<NodeInfo>& nodes) {
@@ -152,8 +138,8 @@ std::string PercentDecode(std::string_view text) {
   decoded.reserve(text.size());
   for (size_t i = 0; i < text.size(); ++i) {
     const bool fits = text[i] == '%' && i + 2 < text.size();
-    const int high = fits ? HexDigit(text[i + 1]) : -1;
-    const int low = fits ? HexDigit(text[i + 2]) : -1;
+    const int high = fits ? HexDigitValue(text[i + 1]) : -1;
+    const int low = fits ? HexDigitValue(text[i + 2]) : -1;
     if (high >= 0 && low >= 0) {
       decoded += static_cast<char>(high * 16 + low);
       i += 2;
