@@ -14,7 +14,7 @@ set(TAVRIN_LINK_HARDENING -static -Wl,--dynamicbase -Wl,--nxcompat -Wl,--high-en
 
 add_executable(TavrinService packaging/tavrin_service.rc)
 target_link_libraries(TavrinService PRIVATE
-  tavrin_core iphlpapi ws2_32 advapi32)
+  tavrin_core iphlpapi ws2_32 advapi32 winhttp crypt32)
 target_link_options(TavrinService PRIVATE
   -municode -mconsole -s -fstack-protector-strong -Wl,--gc-sections ${TAVRIN_LINK_HARDENING})
 set_target_properties(TavrinService PROPERTIES

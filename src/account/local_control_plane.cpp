@@ -19,23 +19,15 @@ std::wstring ReadWide(const std::string& json, std::string_view key) {
   return Utf8ToWide(FlatJsonString(json, key));
 }
 
-// A source that gives no value leaves the default in place.
-void ReadIfGiven(const std::string& json, std::string_view key, std::wstring& text) {
-  const std::wstring value = ReadWide(json, key);
-  if (!value.empty()) {
-    text = value;
-  }
-}
-
 NodeInfo ReadNode(const std::string& account) {
   NodeInfo node;
   node.name = ReadWide(account, "nodeName");
   node.address = ReadWide(account, "address");
   node.port = FlatJsonInt(account, "port", 0);
   node.uuid = ReadWide(account, "uuid");
-  ReadIfGiven(account, "flow", node.flow);
+  AssignIfGiven(FlatJsonString(account, "flow"), node.flow);
   node.sni = ReadWide(account, "sni");
-  ReadIfGiven(account, "fingerprint", node.fingerprint);
+  AssignIfGiven(FlatJsonString(account, "fingerprint"), node.fingerprint);
   node.publicKey = ReadWide(account, "publicKey");
   node.shortId = ReadWide(account, "shortId");
   return node;

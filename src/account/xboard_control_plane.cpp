@@ -4,21 +4,14 @@
 
 #include <utility>
 
+#include "src/account/panel_session.h"
 #include "src/common/files.h"
 #include "src/common/text.h"
 #include "src/panel/endpoints.h"
 #include "src/panel/json_reader.h"
+#include "src/panel/panel_call.h"
 
 namespace vpn {
-namespace {
-
-bool Unreachable(std::wstring& error) {
-  error = L"无法连接面板。";
-  return false;
-}
-
-}  // namespace
-
 XboardControlPlane::XboardControlPlane(std::wstring api, std::wstring session, std::wstring device,
                                        std::wstring invite)
     : apiBase(TrimEndSlashes(std::move(api))),
@@ -36,76 +29,52 @@ void XboardControlPlane::loadSession() {
   }
 }
 
-bool XboardControlPlane::login(const std::wstring& /*address*/, const std::wstring& /*password*/,
+// Some panels read a JSON body and some only a form. Whatever went wrong with the first, the second
+// is tried, and only its outcome is told; a wrong password thus counts twice on the panel.
+bool XboardControlPlane::login(const std::wstring& address, const std::wstring& password,
                                std::wstring& error) {
-  return Unreachable(error);
+  const std::wstring url = apiBase + L"/api/v1/passport/auth/login";
+  const std::string user = WideToUtf8(address);
+  const std::string secret = WideToUtf8(password);
+  const std::string json =
+      R"({"email":")" + JsonEscape(user) + R"(","password":")" + JsonEscape(secret) + R"("})";
+  const std::string form = "email=" + UrlEncode(user) + "&password=" + UrlEncode(secret);
+  std::string response;
+  if (PostToPanel(url, L"", json, response, error) && ExtractAuthData(response, authData)) {
+    return keepSession(address, error);
+  }
+  error.clear();
+  DWORD status = 0;
+  if (HttpRequest(L"POST", url, L"", form, L"application/x-www-form-urlencoded", response, error,
+                  kUserAgent, &status) &&
+      ExtractAuthData(response, authData)) {
+    return keepSession(address, error);
+  }
+  PreferPanelMessage(response, error);
+  if (error.empty()) {
+    error = L"登录失败，请检查邮箱密码或面板地址";
+  }
+  error = PanelErrorWithDetail(error, L"LOGIN", status);
+  authData.clear();
+  return false;
 }
 
-bool XboardControlPlane::fetchAccount(AccountSession& /*session*/, std::wstring& error) {
-  return Unreachable(error);
+bool XboardControlPlane::keepSession(const std::wstring& address, std::wstring& error) {
+  email = address;
+  return SaveSession(sessionPath, email, authData, error);
+}
+
+bool XboardControlPlane::requireSignIn(std::wstring& error) const {
+  if (authData.empty()) {
+    error = L"请先登录";
+  }
+  return !authData.empty();
 }
 
 bool XboardControlPlane::logout() {
   authData.clear();
   email.clear();
   return DeleteFileW(sessionPath.c_str()) != FALSE;
-}
-
-bool XboardControlPlane::fetchRegisterConfig(RegisterConfig& config, std::wstring& error) {
-  config = RegisterConfig();
-  return Unreachable(error);
-}
-
-bool XboardControlPlane::sendEmailCode(const std::wstring& /*address*/, std::wstring& error) {
-  return Unreachable(error);
-}
-
-bool XboardControlPlane::registerAccount(const std::wstring& /*address*/,
-                                         const std::wstring& /*password*/,
-                                         const std::wstring& /*inviteCode*/,
-                                         const std::wstring& /*emailCode*/, std::wstring& error) {
-  return Unreachable(error);
-}
-
-bool XboardControlPlane::resetPassword(const std::wstring& /*address*/,
-                                       const std::wstring& /*emailCode*/,
-                                       const std::wstring& /*newPassword*/, std::wstring& error) {
-  return Unreachable(error);
-}
-
-bool XboardControlPlane::fetchPlans(std::vector<PlanOption>& /*plans*/, std::wstring& error) {
-  return Unreachable(error);  // the list is emptied only when the panel has answered
-}
-
-bool XboardControlPlane::purchasePlan(std::int32_t /*planId*/, const std::wstring& /*period*/,
-                                      PurchaseResult& result, std::wstring& error) {
-  result = PurchaseResult();
-  return Unreachable(error);
-}
-
-bool XboardControlPlane::checkOrderPaid(const std::wstring& /*tradeNo*/, bool& paid,
-                                        std::wstring& error) {
-  paid = false;
-  return Unreachable(error);
-}
-
-bool XboardControlPlane::fetchInvite(InviteInfo& info, std::wstring& error) {
-  info = InviteInfo();
-  return Unreachable(error);
-}
-
-bool XboardControlPlane::fetchReferrals(std::int32_t /*page*/, std::vector<ReferralRow>& rows,
-                                        std::int32_t& total, std::wstring& error) {
-  rows.clear();
-  total = 0;
-  return Unreachable(error);
-}
-
-bool XboardControlPlane::claimDevice(const std::wstring& /*deviceId*/, std::int32_t& used,
-                                     std::int32_t& limit, std::wstring& error) {
-  used = 0;
-  limit = 0;
-  return Unreachable(error);
 }
 
 }  // namespace vpn

@@ -6,8 +6,9 @@
 
 namespace vpn {
 
-// Holds the panel's addresses and the credential of an earlier session. It can't reach a panel yet:
-// every operation but `logout` fails, and says so.
+// Signed in exactly when there is a credential, from the session file or from a login. It is sent
+// to the panel's and the device service's addresses only, though whither these redirect is their
+// affair, and so is what it looks like. Nothing is retried unless an operation says so.
 class XboardControlPlane : public ControlPlane {
  public:
   // Takes the slashes off the ends of the three addresses and loads the earlier session from
@@ -37,6 +38,32 @@ class XboardControlPlane : public ControlPlane {
 
  private:
   void loadSession();
+  // Signed in as `address` with the credential of the moment; false when the file can't be saved,
+  // with the object signed in all the same.
+  bool keepSession(const std::wstring& address, std::wstring& error);
+
+  // False with the text for a user who is signed out.
+  bool requireSignIn(std::wstring& error) const;
+
+  // The fall-back of `fetchAccount`: replaces `nodes` by those of the server list. `keepError`: a
+  // failed request leaves the text that the subscription's failure put into `error`.
+  bool fetchServers(const std::wstring& uuid, bool keepError, std::vector<NodeInfo>& nodes,
+                    std::wstring& error);
+
+  // Cancels an order; an empty number is none. The outcome is nobody's concern.
+  void CancelOrder(const std::string& tradeNo);
+  // Cancels the orders that an earlier attempt left open, since with one the panel refuses the
+  // next.
+  void CancelOpenOrders();
+  // `tradeNo` is the panel's order number, in UTF-8.
+  bool PlaceOrder(std::int32_t planId, const std::wstring& period, std::string& tradeNo,
+                  std::wstring& error);
+  // Finishes a purchase whose order has been placed.
+  bool CheckOut(const std::string& tradeNo, PurchaseResult& result, std::wstring& error);
+  // Id of the first payment method that the panel lists, 0 when there is none.
+  std::int64_t FirstPaymentMethod();
+  // Base of invite links, without a slash at its end.
+  std::wstring InviteLinkBase() const;
 
   std::wstring apiBase;
   std::wstring sessionPath;

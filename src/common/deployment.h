@@ -18,6 +18,10 @@ inline constexpr const char* kProxyDomains[] = {
     "search.example",     "maker.example",     "assistant-ai.example",  "assistant-com.example",
     "editor-com.example", "editor-sh.example", "api.editor-com.example"};
 
+// The panel's own API host, where payment channels send their notifications: named to the panel's
+// operator when no payment method is set up.
+inline constexpr wchar_t kPaymentNotifyUrl[] = L"https://api.panel.example";
+
 }  // namespace vpn
 
 #endif  // TAVRIN_SRC_COMMON_DEPLOYMENT_H_

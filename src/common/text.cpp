@@ -49,6 +49,20 @@ bool ContainsNoCase(const std::wstring& haystack, const std::wstring& needle) {
   return ToLowerText(haystack).find(ToLowerText(needle)) != std::wstring::npos;
 }
 
+void AssignIfGiven(std::string_view bytes, std::wstring& field) {
+  if (!bytes.empty()) {
+    field = Utf8ToWide(bytes);
+  }
+}
+
+int HexDigitValue(char digit) {
+  if (digit >= '0' && digit <= '9') {
+    return digit - '0';
+  }
+  const char lower = static_cast<char>(digit | 0x20);
+  return lower >= 'a' && lower <= 'f' ? lower - 'a' + 10 : -1;
+}
+
 std::string EscapeQuotes(std::string_view bytes) {
   std::string escaped;
   escaped.reserve(bytes.size());

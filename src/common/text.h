@@ -25,6 +25,12 @@ bool ContainsNoCase(const std::wstring& haystack, const std::wstring& needle);
 // Puts a backslash in front of each double quote and each backslash; every other byte passes.
 std::string EscapeQuotes(std::string_view bytes);
 
+// A source that gives no value leaves what stands in the field.
+void AssignIfGiven(std::string_view bytes, std::wstring& field);
+
+// 0 to 15, or -1 for a byte that is no hexadecimal digit of either case.
+int HexDigitValue(char digit);
+
 // Digits and dots only, with exactly three dots. Ranges and empty groups are not looked at.
 template <class Char>
 bool HasDottedQuadShape(std::basic_string_view<Char> text) {

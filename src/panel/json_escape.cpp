@@ -8,7 +8,7 @@ namespace vpn {
 namespace {
 
 bool IsHexDigit(char c) {
-  return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'f') || (c >= 'A' && c <= 'F');
+  return HexDigitValue(c) >= 0;
 }
 
 void AppendUtf8(unsigned unit, std::string& out) {

@@ -1,7 +1,6 @@
 #include "src/panel/json_reader.h"
 
 #include <cstdlib>
-#include <cstring>
 
 #include "src/common/key_scan.h"
 
@@ -92,7 +91,7 @@ std::vector<std::int64_t> JsonNumberArray(const std::string& text, std::string_v
   std::vector<std::int64_t> numbers;
   std::string token;
   for (size_t at = open + 1; at <= close; ++at) {
-    if (std::strchr("0123456789-.", text[at]) != nullptr && text[at] != '\0') {
+    if (std::string_view("0123456789-.").find(text[at]) != std::string_view::npos) {
       token += text[at];
     } else if (!token.empty()) {
       numbers.push_back(Truncate(std::atof(token.c_str())));

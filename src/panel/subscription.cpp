@@ -1,0 +1,171 @@
+#include "src/panel/subscription.h"
+
+#include <windows.h>
+#include <wincrypt.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <utility>
+
+#include "src/common/text.h"
+
+namespace vpn {
+namespace {
+
+constexpr std::string_view kScheme = "vless://";
+constexpr size_t kNone = std::string_view::npos;
+
+// What panels call the links that tell the user something.
+constexpr const wchar_t* kNoticeMarkers[] = {L"剩余流量", L"套餐到期", L"距离下次", L"过滤掉"};
+
+bool IsNotice(const std::wstring& name) {
+  return std::any_of(
+      std::begin(kNoticeMarkers), std::end(kNoticeMarkers),
+      [&](const wchar_t* marker) { return name.find(marker) != std::wstring::npos; });
+}
+
+// The links in plain text; a text that is no base64 of links is taken as it stands.
+std::string PlainLinks(const std::string& text) {
+  const size_t first = text.find_first_not_of(" \t\r\n");
+  std::string decoded;
+  if (first == std::string::npos || std::string_view(text).substr(first).starts_with(kScheme) ||
+      !DecodeBase64(text, decoded) || decoded.find(kScheme) == std::string::npos) {
+    return text;
+  }
+  return decoded;
+}
+
+struct HostPort {
+  std::string host;
+  int port = 0;
+};
+
+bool SplitHostPort(const std::string& text, HostPort& out) {
+  if (text.starts_with('[')) {
+    const size_t close = text.find(']');
+    if (close == std::string::npos) {
+      return false;
+    }
+    const std::string rest = text.substr(close + 1);
+    out = {text.substr(1, close - 1), rest.starts_with(':') ? std::atoi(rest.c_str() + 1) : 0};
+    return true;
+  }
+  const size_t colon = text.rfind(':');
+  if (colon == std::string::npos) {
+    return false;
+  }
+  out = {text.substr(0, colon), std::atoi(text.c_str() + colon + 1)};
+  return true;
+}
+
+// Cuts `text` at the first `mark` and hands back what stood behind it.
+std::string CutBehind(std::string& text, char mark) {
+  const size_t at = text.find(mark);
+  if (at == std::string::npos) {
+    return {};
+  }
+  std::string behind = text.substr(at + 1);
+  text.erase(at);
+  return behind;
+}
+
+// The value of the first of two keys that has one.
+std::string EitherParam(const std::string& query, std::string_view first, std::string_view second) {
+  std::string value = QueryParam(query, first);
+  return value.empty() ? QueryParam(query, second) : value;
+}
+
+}  // namespace
+
+void ParseSubscription(const std::string& text, std::vector<NodeInfo>& nodes) {
+  const std::string links = PlainLinks(text);
+  for (size_t start = 0; start < links.size();) {
+    const size_t end = std::min(links.find('\n', start), links.size());
+    std::string line = links.substr(start, end - start);
+    NodeInfo node;
+    if (ParseVlessLink(line, node) && !IsNotice(node.name)) {
+      nodes.push_back(std::move(node));
+    }
+    start = end + 1;
+  }
+}
+
+bool ParseVlessLink(std::string& line, NodeInfo& node) {
+  line.erase(line.find_last_not_of("\r\n ") + 1);
+  if (!line.starts_with(kScheme)) {
+    return false;
+  }
+  std::string rest = line.substr(kScheme.size());
+  const std::string name = PercentDecode(CutBehind(rest, '#'));
+  const std::string query = CutBehind(rest, '?');
+  const size_t at = rest.rfind('@');
+  HostPort target;
+  if (at == std::string::npos || at == 0 || !SplitHostPort(rest.substr(at + 1), target) ||
+      target.host.empty() || target.port < 1) {
+    return false;
+  }
+  const std::string publicKey = EitherParam(query, "pbk", "publicKey");
+  if (publicKey.empty()) {
+    return false;
+  }
+  node.name = Utf8ToWide(name.empty() ? target.host : name);
+  node.address = Utf8ToWide(target.host);
+  node.port = target.port;
+  node.uuid = Utf8ToWide(std::string_view(rest).substr(0, at));
+  AssignIfGiven(QueryParam(query, "flow"), node.flow);
+  AssignIfGiven(EitherParam(query, "sni", "servername"), node.sni);
+  AssignIfGiven(QueryParam(query, "fp"), node.fingerprint);
+  node.publicKey = Utf8ToWide(publicKey);
+  AssignIfGiven(EitherParam(query, "sid", "shortId"), node.shortId);
+  return true;
+}
+
+std::string QueryParam(std::string_view query, std::string_view key) {
+  while (!query.empty()) {
+    const size_t end = std::min(query.find('&'), query.size());
+    const std::string_view pair = query.substr(0, end);
+    const size_t equals = pair.find('=');
+    if (PercentDecode(pair.substr(0, equals)) == key) {
+      return equals == kNone ? std::string() : PercentDecode(pair.substr(equals + 1));
+    }
+    query.remove_prefix(std::min(end + 1, query.size()));
+  }
+  return {};
+}
+
+std::string PercentDecode(std::string_view text) {
+  std::string decoded;
+  decoded.reserve(text.size());
+  for (size_t i = 0; i < text.size(); ++i) {
+    const bool fits = text[i] == '%' && i + 2 < text.size();
+    const int high = fits ? HexDigitValue(text[i + 1]) : -1;
+    const int low = fits ? HexDigitValue(text[i + 2]) : -1;
+    if (high >= 0 && low >= 0) {
+      decoded += static_cast<char>(high * 16 + low);
+      i += 2;
+    } else {
+      decoded += text[i] == '+' ? ' ' : text[i];
+    }
+  }
+  return decoded;
+}
+
+bool DecodeBase64(const std::string& text, std::string& out) {
+  const auto length = static_cast<DWORD>(text.size());
+  DWORD size = 0;
+  if (CryptStringToBinaryA(text.data(), length, CRYPT_STRING_BASE64, nullptr, &size, nullptr,
+                           nullptr) == FALSE) {
+    return false;
+  }
+  std::string bytes(size, '\0');
+  if (CryptStringToBinaryA(text.data(), length, CRYPT_STRING_BASE64,
+                           reinterpret_cast<BYTE*>(bytes.data()), &size, nullptr,
+                           nullptr) == FALSE) {
+    return false;
+  }
+  bytes.resize(size);
+  out = std::move(bytes);
+  return true;
+}
+
+}  // namespace vpn
