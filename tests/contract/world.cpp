@@ -1,0 +1,27 @@
+// What is the same in both worlds.
+#include "tests/contract/world.h"
+
+#include <share.h>
+
+#include <cstdio>
+
+namespace contract {
+
+std::wstring ProgramPath() {
+  std::wstring path(1000, L'\0');
+  path.resize(GetModuleFileNameW(nullptr, path.data(), static_cast<DWORD>(path.size())));
+  return path;
+}
+
+std::wstring ContractTest::Put(const std::wstring& name, const std::string& bytes) {
+  const std::wstring path = world.directory() + L"\\" + name;
+  std::FILE* const file = _wfsopen(path.c_str(), L"wb", _SH_DENYNO);
+  EXPECT_NE(file, nullptr);
+  if (file != nullptr) {
+    std::fwrite(bytes.data(), 1, bytes.size(), file);
+    std::fclose(file);
+  }
+  return path;
+}
+
+}  // namespace contract

@@ -1,0 +1,6 @@
+#ifndef TAVRIN_TESTS_SIM_INCLUDE_IFDEF_H_
+#define TAVRIN_TESTS_SIM_INCLUDE_IFDEF_H_
+
+#include <win/ip_helper.h>
+
+#endif  // TAVRIN_TESTS_SIM_INCLUDE_IFDEF_H_

@@ -1,0 +1,6 @@
+#ifndef TAVRIN_TESTS_SIM_INCLUDE_INADDR_H_
+#define TAVRIN_TESTS_SIM_INCLUDE_INADDR_H_
+
+#include <win/sockets.h>
+
+#endif  // TAVRIN_TESTS_SIM_INCLUDE_INADDR_H_

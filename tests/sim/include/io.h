@@ -1,0 +1,6 @@
+#ifndef TAVRIN_TESTS_SIM_INCLUDE_IO_H_
+#define TAVRIN_TESTS_SIM_INCLUDE_IO_H_
+
+#include <win/crt.h>
+
+#endif  // TAVRIN_TESTS_SIM_INCLUDE_IO_H_

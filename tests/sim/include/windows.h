@@ -1,0 +1,12 @@
+#ifndef TAVRIN_TESTS_SIM_INCLUDE_WINDOWS_H_
+#define TAVRIN_TESTS_SIM_INCLUDE_WINDOWS_H_
+
+#include <win/base.h>
+#include <win/kernel.h>
+#include <win/files.h>
+#include <win/registry.h>
+#include <win/services.h>
+#include <win/crt.h>
+#include <win/time.h>
+
+#endif  // TAVRIN_TESTS_SIM_INCLUDE_WINDOWS_H_

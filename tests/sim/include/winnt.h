@@ -1,0 +1,6 @@
+#ifndef TAVRIN_TESTS_SIM_INCLUDE_WINNT_H_
+#define TAVRIN_TESTS_SIM_INCLUDE_WINNT_H_
+
+#include <win/kernel.h>
+
+#endif  // TAVRIN_TESTS_SIM_INCLUDE_WINNT_H_

@@ -1,0 +1,6 @@
+#ifndef TAVRIN_TESTS_SIM_INCLUDE_WS2DEF_H_
+#define TAVRIN_TESTS_SIM_INCLUDE_WS2DEF_H_
+
+#include <win/sockets.h>
+
+#endif  // TAVRIN_TESTS_SIM_INCLUDE_WS2DEF_H_

@@ -1,0 +1,217 @@
+// Winsock: loopback connections as a port probe makes them.
+#include "tests/sim/call.h"
+
+#include <winsock2.h>
+
+#include <algorithm>
+#include <cstring>
+
+using sim::Arg;
+using sim::Call;
+using sim::ConnectPlan;
+
+namespace sim {
+
+void FdAdd(SOCKET socket, sim_fd_set* set) {
+  if (!FdHas(socket, set) && set->fd_count < FD_SETSIZE) {
+    set->fd_array[set->fd_count++] = socket;
+  }
+}
+
+void FdRemove(SOCKET socket, sim_fd_set* set) {
+  SOCKET* const end = std::remove(set->fd_array, set->fd_array + set->fd_count, socket);
+  set->fd_count = static_cast<UINT>(end - set->fd_array);
+}
+
+bool FdHas(SOCKET socket, const sim_fd_set* set) {
+  const SOCKET* const end = set->fd_array + set->fd_count;
+  return std::find(set->fd_array, end, socket) != end;
+}
+
+}  // namespace sim
+
+namespace {
+
+constexpr std::uint64_t kRefusalTime =
+    2000;  // the platform repeats a refused SYN before it gives up
+
+std::shared_ptr<sim::Socket> Find(const Call& call, SOCKET socket) {
+  return call->handles.FindAs<sim::Socket>(socket, sim::Family::kSocket, call.name());
+}
+
+// The port, when the address is one of this machine's loopback, else 0.
+USHORT LoopbackPort(const sockaddr* address, int length) {
+  sockaddr_in ipv4 = {};
+  if (length < static_cast<int>(sizeof ipv4) || address->sa_family != AF_INET) {
+    return 0;
+  }
+  std::memcpy(&ipv4, address, sizeof ipv4);
+  return ntohl(ipv4.sin_addr.S_un.S_addr) == INADDR_LOOPBACK ? ntohs(ipv4.sin_port) : USHORT{0};
+}
+
+int FollowPlan(const Call& call, sim::Socket& socket, const ConnectPlan& plan) {
+  using State = sim::Socket::State;
+  switch (plan.kind) {
+    case ConnectPlan::Kind::kConnectsAtOnce:
+      socket.state = State::kConnected;
+      return 0;
+    case ConnectPlan::Kind::kRefusedAtOnce:
+      return call.Fail(SOCKET_ERROR, static_cast<std::uint32_t>(plan.code));
+    case ConnectPlan::Kind::kSocketError:
+      socket.state = State::kFailed;
+      socket.error = plan.code;
+      break;
+    case ConnectPlan::Kind::kNeverWritable:
+      socket.state = State::kConnecting;
+      break;
+  }
+  return call.Fail(SOCKET_ERROR, WSAEWOULDBLOCK);
+}
+
+int ConnectByModel(const Call& call, sim::Socket& socket, bool listening) {
+  using State = sim::Socket::State;
+  socket.state = listening ? State::kConnected : State::kConnecting;
+  if (socket.nonBlocking) {
+    return call.Fail(SOCKET_ERROR, WSAEWOULDBLOCK);
+  }
+  if (listening) {
+    return 0;
+  }
+  call->clock.Advance(kRefusalTime);
+  return call.Fail(SOCKET_ERROR, WSAECONNREFUSED);
+}
+
+bool IsWritable(const Call& call, SOCKET socket) {
+  using State = sim::Socket::State;
+  const auto object = Find(call, socket);
+  return object && (object->state == State::kConnected || object->state == State::kFailed);
+}
+
+std::uint64_t MillisecondsOf(const timeval& time) {
+  return static_cast<std::uint64_t>(time.tv_sec) * 1000 +
+         (static_cast<std::uint64_t>(time.tv_usec) + 999) / 1000;
+}
+
+}  // namespace
+
+int WSAStartup(WORD version, WSADATA* data) {
+  Call call("WSAStartup", {Arg::OfHex(version)});
+  if (call.failed()) {
+    return static_cast<int>(call.code());
+  }
+  *data = {};
+  data->wVersion = version;
+  data->wHighVersion = MAKEWORD(2, 2);
+  ++call->winsockStarts[call.process()->id];
+  return 0;
+}
+
+int WSACleanup() {
+  Call call("WSACleanup");
+  if (call.failed()) {
+    return call.Fail(SOCKET_ERROR);
+  }
+  int& starts = call->winsockStarts[call.process()->id];
+  if (starts == 0) {
+    call->AddViolation("WSACleanup without WSAStartup");
+    return call.Fail(SOCKET_ERROR, WSANOTINITIALISED);
+  }
+  --starts;
+  return 0;
+}
+
+int WSAGetLastError() {
+  return static_cast<int>(Call::ThreadError());
+}
+
+SOCKET socket(int family, int type, int protocol) {
+  Call call("socket", {family, type, protocol});
+  if (call.failed()) {
+    return call.Fail(INVALID_SOCKET);
+  }
+  if (call->winsockStarts[call.process()->id] == 0) {
+    return call.Fail(INVALID_SOCKET, WSANOTINITIALISED);
+  }
+  return call.Open(std::make_shared<sim::Socket>());
+}
+
+int closesocket(SOCKET socket) {
+  Call call("closesocket", {Arg::OfHandle(socket)});
+  if (call.failed()) {
+    return call.Fail(SOCKET_ERROR);
+  }
+  const bool closed = call->handles.Close(socket, sim::Family::kSocket, call.name());
+  return closed ? 0 : call.Fail(SOCKET_ERROR, WSAENOTSOCK);
+}
+
+int ioctlsocket(SOCKET socket, LONG command, u_long* argument) {
+  Call call("ioctlsocket", {Arg::OfHandle(socket), static_cast<int>(*argument)});
+  if (call.failed()) {
+    return call.Fail(SOCKET_ERROR);
+  }
+  const auto object = Find(call, socket);
+  if (!object || command != FIONBIO) {
+    return call.Fail(SOCKET_ERROR, object ? WSAEINVAL : WSAENOTSOCK);
+  }
+  object->nonBlocking = *argument != 0;
+  return 0;
+}
+
+int connect(SOCKET socket, const sockaddr* address, int length) {
+  const USHORT port = LoopbackPort(address, length);
+  Call call("connect", {Arg::OfHandle(socket), static_cast<std::uint32_t>(port)});
+  if (call.failed()) {
+    return call.Fail(SOCKET_ERROR);
+  }
+  const auto object = Find(call, socket);
+  if (!object) {
+    return call.Fail(SOCKET_ERROR, WSAENOTSOCK);
+  }
+  ConnectPlan plan = {};
+  if (call->connects.Take(&plan)) {
+    return FollowPlan(call, *object, plan);
+  }
+  return ConnectByModel(call, *object, port != 0 && call->listeners.IsListening(port));
+}
+
+int select(int /*ignored*/, sim_fd_set* readable, sim_fd_set* writable, sim_fd_set* exceptional,
+           const timeval* timeout) {
+  Call call("select", {timeout == nullptr ? Arg(std::string("infinite"))
+                                          : Arg(static_cast<int>(MillisecondsOf(*timeout)))});
+  if (call.failed()) {
+    return call.Fail(SOCKET_ERROR);
+  }
+  // Only writability is modelled, and an attempt that was not accepted at once stays open.
+  if (readable != nullptr || exceptional != nullptr || writable == nullptr || timeout == nullptr) {
+    return call.Fail(SOCKET_ERROR, WSAEINVAL);
+  }
+  sim_fd_set ready = {};
+  for (UINT i = 0; i < writable->fd_count; ++i) {
+    if (IsWritable(call, writable->fd_array[i])) {
+      FD_SET(writable->fd_array[i], &ready);
+    }
+  }
+  *writable = ready;
+  if (ready.fd_count == 0) {
+    call->clock.Advance(MillisecondsOf(*timeout));
+  }
+  return static_cast<int>(ready.fd_count);
+}
+
+int getsockopt(SOCKET socket, int level, int option, char* value, int* length) {
+  Call call("getsockopt", {Arg::OfHandle(socket), level, option});
+  if (call.failed()) {
+    return call.Fail(SOCKET_ERROR);
+  }
+  const auto object = Find(call, socket);
+  if (!object) {
+    return call.Fail(SOCKET_ERROR, WSAENOTSOCK);
+  }
+  const bool known = level == SOL_SOCKET && option == SO_ERROR;
+  if (!known || *length < static_cast<int>(sizeof object->error)) {
+    return call.Fail(SOCKET_ERROR, known ? WSAEFAULT : WSAEINVAL);
+  }
+  std::memcpy(value, &object->error, sizeof object->error);
+  *length = sizeof object->error;
+  return 0;
+}

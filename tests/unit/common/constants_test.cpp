@@ -1,0 +1,55 @@
+// The header-only rest of the room: what a deployment chooses, the port, the mutex.
+#include <gtest/gtest.h>
+
+#include <iterator>
+#include <string>
+#include <thread>
+
+#include "src/common/deployment.h"
+#include "src/common/mutex.h"
+#include "src/common/socks_port.h"
+#include "src/common/text.h"
+
+namespace vpn {
+namespace {
+
+TEST(Deployment, DefaultNodeAddressIsAnIpv4Literal) {
+  EXPECT_STREQ(kDefaultNodeAddress, L"203.0.113.10");
+  EXPECT_TRUE(HasDottedQuadShape(std::wstring_view(kDefaultNodeAddress)));
+}
+
+TEST(Deployment, SevenDomainsStayOnTheProxy) {
+  EXPECT_EQ(std::size(kProxyDomains), 7u);
+}
+
+TEST(Deployment, DomainsNeedNoEscaping) {
+  for (const std::string domain : kProxyDomains) {
+    SCOPED_TRACE(domain);
+    EXPECT_EQ(domain.find_first_not_of("abcdefghijklmnopqrstuvwxyz0123456789-."),
+              std::string::npos);
+  }
+  EXPECT_STREQ(kPanelDomain, "panel.example");
+}
+
+TEST(SocksPort, Is17593) {
+  EXPECT_EQ(kSocksPort, 17593);
+}
+
+TEST(MutexLock, KeepsOthersOutForTheLengthOfItsScope) {
+  Mutex mutex;
+  int value = 0;
+  const auto count = [&] {
+    for (int i = 0; i < 20000; ++i) {
+      const MutexLock lock(mutex);
+      ++value;
+    }
+  };
+  std::thread first(count);
+  std::thread second(count);
+  first.join();
+  second.join();
+  EXPECT_EQ(value, 40000);
+}
+
+}  // namespace
+}  // namespace vpn

@@ -1,0 +1,179 @@
+#include "src/host/service_log.h"
+
+#include <windows.h>
+#include <share.h>
+
+#include <algorithm>
+#include <sstream>
+#include <thread>
+
+#include "src/host/console_text.h"
+#include "src/host/process_state.h"
+#include "tests/unit/product_state.h"
+
+namespace vpn {
+namespace {
+
+using std::string_literals::operator""s;
+
+class ServiceLog : public unit::ProductTest {
+ protected:
+  ServiceLog() {
+    machine.files.PutDirectory(L"C:\\run");
+    SetRuntimeDir(L"C:\\run");
+    UseUtf8Console();
+  }
+  std::string Log() { return machine.files.Read(L"C:\\run\\tavrin-service.log").value_or("none"); }
+};
+
+TEST_F(ServiceLog, LineIsTheMessageAndOneLineFeed) {
+  WriteLog(L"daemon stopped");
+  EXPECT_EQ(Log(), "daemon stopped\n");
+}
+
+TEST_F(ServiceLog, LinesAreAppendedInOrder) {
+  WriteLog(L"one");
+  WriteLog(L"two");
+  EXPECT_EQ(Log(), "one\ntwo\n");
+}
+
+TEST_F(ServiceLog, LinesOfEarlierRunsStay) {
+  machine.files.Put(L"C:\\run\\tavrin-service.log", "old line\n");
+  WriteLog(L"new");
+  EXPECT_EQ(Log(), "old line\nnew\n");
+}
+
+TEST_F(ServiceLog, TextOutsideAsciiIsUtf8WithoutAByteOrderMark) {
+  WriteLog(L"ipc error=请先在Tavrin登录");
+  EXPECT_EQ(Log(),
+            "ipc error=\xE8\xAF\xB7\xE5\x85\x88\xE5\x9C\xA8Tavrin\xE7\x99\xBB\xE5\xBD\x95\n");
+}
+
+TEST_F(ServiceLog, FileIsAppendedToInBinaryModeAndSharedWithEverybody) {
+  WriteLog(L"one");
+  WriteLog(L"two");
+  EXPECT_EQ(machine.calls.TextsOf("_wfsopen"),
+            (std::vector<std::string>{R"("C:\run\tavrin-service.log", "ab", 64)",
+                                      R"("C:\run\tavrin-service.log", "ab", 64)"}));
+}
+
+TEST_F(ServiceLog, NoStreamStaysOpenBetweenLines) {
+  WriteLog(L"one");
+  EXPECT_EQ(machine.OpenHandles(), std::vector<std::string>());
+}
+
+TEST_F(ServiceLog, LineFeedsInsideAMessageStandAsTheyAre) {
+  WriteLog(L"a\nb\r\nc");
+  EXPECT_EQ(Log(), "a\nb\r\nc\n");
+}
+
+TEST_F(ServiceLog, PathIsFormedAnewForEveryLine) {
+  WriteLog(L"one");
+  machine.files.PutDirectory(L"C:\\other");
+  SetRuntimeDir(L"C:\\other");
+  WriteLog(L"two");
+  EXPECT_EQ(Log(), "one\n");
+  EXPECT_EQ(machine.files.Read(L"C:\\other\\tavrin-service.log"), "two\n");
+}
+
+TEST_F(ServiceLog, EmptyMessageWritesNothingToTheFile) {
+  WriteLog(L"one");
+  WriteLog(L"");
+  WriteLog(L"two");
+  EXPECT_EQ(Log(), "one\ntwo\n");
+}
+
+TEST_F(ServiceLog, EmptyMessageEchoesAnEmptyLine) {
+  ConsoleEcho = 1;
+  WriteLog(L"");
+  EXPECT_EQ(machine.console.Output(), "\n");
+  EXPECT_EQ(Log(), "");
+}
+
+TEST_F(ServiceLog, LineInTheFileEndsAtTheFirstNul) {
+  WriteLog(L"a\0b"s);
+  WriteLog(L"\0hidden"s);
+  EXPECT_EQ(Log(), "a\n");
+}
+
+TEST_F(ServiceLog, EchoIsOffByDefault) {
+  WriteLog(L"one");
+  EXPECT_EQ(machine.console.Output(), "");
+}
+
+TEST_F(ServiceLog, EchoRepeatsEveryLineOnTheOutputStream) {
+  ConsoleEcho = 1;
+  WriteLog(L"one");
+  WriteLog(L"二");
+  EXPECT_EQ(machine.console.Output(), "one\n二\n");
+  EXPECT_EQ(machine.console.Errors(), "");
+  EXPECT_EQ(Log(), "one\n二\n");
+}
+
+TEST_F(ServiceLog, MissingDirectoryLosesTheLineButNotTheEcho) {
+  ConsoleEcho = 1;
+  SetRuntimeDir(L"C:\\none");
+  WriteLog(L"one");
+  EXPECT_EQ(machine.console.Output(), "one\n");
+  EXPECT_FALSE(machine.files.Exists(L"C:\\none"));
+}
+
+TEST_F(ServiceLog, LockedFileLosesTheLineAndTheNextOneIsWrittenAgain) {
+  machine.files.Put(L"C:\\run\\tavrin-service.log", "old\n");
+  machine.files.SetLocked(L"C:\\run\\tavrin-service.log", true);
+  WriteLog(L"lost");
+  machine.files.SetLocked(L"C:\\run\\tavrin-service.log", false);
+  WriteLog(L"kept");
+  EXPECT_EQ(Log(), "old\nkept\n");
+}
+
+TEST_F(ServiceLog, FullDiskIsNotReported) {
+  machine.files.Put(L"C:\\run\\tavrin-service.log", "old\n");
+  machine.files.SetWritesFail(L"C:\\run\\tavrin-service.log", true);
+  WriteLog(L"lost");
+  EXPECT_EQ(Log(), "old\n");
+}
+
+TEST_F(ServiceLog, FailedConversionLosesTheLine) {
+  machine.faults.Fail("WideCharToMultiByte");
+  WriteLog(L"lost");
+  WriteLog(L"kept");
+  EXPECT_EQ(Log(), "kept\n");
+}
+
+TEST_F(ServiceLog, FileCanBeReadAndAppendedToByOthersMeanwhile) {
+  WriteLog(L"one");
+  std::FILE* const reader = _wfsopen(L"C:\\run\\tavrin-service.log", L"rb", _SH_DENYNO);
+  std::FILE* const writer = _wfsopen(L"C:\\run\\tavrin-service.log", L"ab", _SH_DENYNO);
+  WriteLog(L"two");
+  (void)std::fputs("other process\n", writer);
+  (void)std::fclose(writer);
+  (void)std::fclose(reader);
+  WriteLog(L"three");
+  EXPECT_EQ(Log(), "one\ntwo\nother process\nthree\n");
+}
+
+TEST_F(ServiceLog, LinesOfSeveralThreadsStayWhole) {
+  ConsoleEcho = 1;
+  constexpr int kLines = 200;
+  const auto write = [](wchar_t letter) {
+    for (int i = 0; i < kLines; ++i) {
+      WriteLog(std::wstring(40, letter));
+    }
+  };
+  std::thread first(write, L'a');
+  std::thread second(write, L'b');
+  first.join();
+  second.join();
+  for (const std::string& text : {Log(), machine.console.Output()}) {
+    std::istringstream lines(text);
+    int count = 0;
+    for (std::string line; std::getline(lines, line); ++count) {
+      EXPECT_TRUE(line == std::string(40, 'a') || line == std::string(40, 'b')) << line;
+    }
+    EXPECT_EQ(count, 2 * kLines);
+  }
+}
+
+}  // namespace
+}  // namespace vpn
