@@ -1,0 +1,27 @@
+// Which text a connect answers when one of its calls fails.
+#ifndef TAVRIN_TESTS_FAULT_REPLY_TEXTS_H_
+#define TAVRIN_TESTS_FAULT_REPLY_TEXTS_H_
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+#include "tests/fault/survey.h"
+
+namespace fault {
+
+enum class Mode {
+  kOnce,     // this call fails, and none behind it
+  kOnwards,  // this call and every later one fail
+};
+
+// The text of the connect when it is hit at `points[index]`; empty for success.
+std::wstring ExpectedText(const Scene& scene, const std::vector<Point>& points, size_t index,
+                          Mode mode);
+
+// What a connect says while something else, such as an orphan of Xray, holds its port.
+extern const wchar_t kPortTakenText[];
+
+}  // namespace fault
+
+#endif  // TAVRIN_TESTS_FAULT_REPLY_TEXTS_H_
