@@ -158,7 +158,8 @@ TEST_F(Http, TheBodyComesInPiecesAndCanBreakOff) {
   machine.http.OnNext("GET", url, {.body = "abcdefgh", .chunk = 3, .breaksAfter = 4});
   Open();
   ASSERT_TRUE(Send() && Receive());
-  EXPECT_EQ(Read(9) + Read(9), "abcd");
+  EXPECT_EQ(Read(9), "abc");
+  EXPECT_EQ(Read(9), "d");
   EXPECT_EQ(Available(), 0xFFFFu);
   EXPECT_EQ(GetLastError(), 12030u);
   Close();
