@@ -1,8 +1,10 @@
 #!/usr/bin/env bash
 # Installs what is missing, builds both worlds and runs every test; ends at the first kind that
-# fails.
+# fails. With --coverage: the coverage of src/ by the native tests instead.
 set -euo pipefail
 cd "$(dirname "$0")"
+
+[ "${1:-}" != --coverage ] || exec scripts/coverage.sh
 
 stage() { printf '\n==== %s\n' "$*"; }
 
