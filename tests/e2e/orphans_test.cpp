@@ -46,7 +46,7 @@ class Orphans : public ServiceTest {
     StartService();
     ASSERT_EQ(Ask(R"({"op":"connect"})"), kUp);
     ASSERT_EQ(Ask(R"({"op":"disconnect"})"), kDown);
-    DeleteFileW(box.trace().c_str());
+    RemoveFile(box.trace());
     machine.ForgetCalls();
   }
   std::unique_ptr<Straggler> StartXray(const std::wstring& directory) {

@@ -13,7 +13,6 @@ class RuntimeDir : public ServiceTest {
     return DiscoveredBy(box.serviceExe(), environment);
   }
   std::string DiscoveredBy(const std::wstring& executable, const Environment& environment = {}) {
-    DeleteFileW((box.root() + L"\\output.txt").c_str());
     Launch(executable, L"--console", environment);
     ShutDown();
     const std::string output = Output();

@@ -28,7 +28,6 @@ class ServiceMode : public ServiceTest {
   }
   // Runs to its end, with exit code 0; gives what it printed.
   std::string Run(const std::wstring& arguments) {
-    DeleteFileW((box.root() + L"\\output.txt").c_str());
     Launch(box.serviceExe(), arguments);
     EXPECT_EQ(service().WaitForExitCode(), 0U);
     return Output();

@@ -36,8 +36,12 @@ void ServiceTest::Launch(const std::wstring& executable, const std::wstring& arg
   Environment all = environment;
   all.emplace_back(L"TAVRIN_TEST_MACHINE", box.machine());
   service_.reset();
-  service_ =
-      std::make_unique<ServiceProcess>(executable, arguments, all, box.root() + L"\\output.txt");
+  ++launches_;
+  service_ = std::make_unique<ServiceProcess>(executable, arguments, all, OutputPath());
+}
+
+std::wstring ServiceTest::OutputPath() const {
+  return box.root() + L"\\output " + std::to_wstring(launches_) + L".txt";
 }
 
 void ServiceTest::ShutDown() {
@@ -46,7 +50,7 @@ void ServiceTest::ShutDown() {
 }
 
 std::string ServiceTest::Output() const {
-  std::string text = ReadText(box.root() + L"\\output.txt");
+  std::string text = ReadText(OutputPath());
   std::erase(text, '\r');
   return text;
 }

@@ -37,7 +37,7 @@ class ServiceTest : public ::testing::Test {
   // By the operation; expects exit code 0.
   void ShutDown();
   ServiceProcess& service() { return *service_; }
-  // What the service has printed, without carriage returns.
+  // What the last process started has printed, without carriage returns.
   std::string Output() const;
   std::vector<std::string> ServiceLog() const { return ReadLines(box.serviceLog()); }
   // The labels of the trace, one for each line, and checks the form of the lines.
@@ -47,7 +47,11 @@ class ServiceTest : public ::testing::Test {
   Machine machine;
 
  private:
+  // A file for each process: an ended one's may still be held open for a moment.
+  std::wstring OutputPath() const;
+
   std::unique_ptr<ServiceProcess> service_;
+  int launches_ = 0;
 };
 
 // Waits for the end of a process and closes the handle; a null handle counts as ended.
