@@ -24,5 +24,9 @@ endif()
 
 add_subdirectory(tests/unit)
 add_subdirectory(tests/contract)
+option(TAVRIN_FAULT_TESTS "Thousands of connects in which each platform call fails in turn" OFF)
+if(TAVRIN_FAULT_TESTS)
+  add_subdirectory(tests/fault)
+endif()
 
 include(cmake/tidy.cmake)

@@ -16,15 +16,16 @@ class XboardControlPlane : public ControlPlane {
   XboardControlPlane(std::wstring api, std::wstring session, std::wstring device,
                      std::wstring invite);
 
-  bool login(const std::wstring& email, const std::wstring& password, std::wstring& error) override;
+  bool login(const std::wstring& address, const std::wstring& password,
+             std::wstring& error) override;
   bool fetchAccount(AccountSession& session, std::wstring& error) override;
   bool logout() override;
   bool fetchRegisterConfig(RegisterConfig& config, std::wstring& error) override;
-  bool sendEmailCode(const std::wstring& email, std::wstring& error) override;
-  bool registerAccount(const std::wstring& email, const std::wstring& password,
+  bool sendEmailCode(const std::wstring& address, std::wstring& error) override;
+  bool registerAccount(const std::wstring& address, const std::wstring& password,
                        const std::wstring& inviteCode, const std::wstring& emailCode,
                        std::wstring& error) override;
-  bool resetPassword(const std::wstring& email, const std::wstring& emailCode,
+  bool resetPassword(const std::wstring& address, const std::wstring& emailCode,
                      const std::wstring& newPassword, std::wstring& error) override;
   bool fetchPlans(std::vector<PlanOption>& plans, std::wstring& error) override;
   bool purchasePlan(std::int32_t planId, const std::wstring& period, PurchaseResult& result,

@@ -1,5 +1,7 @@
 #include "tests/fault/reply_texts.h"
 
+#include <algorithm>
+
 namespace fault {
 
 const wchar_t kPortTakenText[] =
@@ -131,34 +133,46 @@ const std::vector<Rule>& CommonRules() {
   return rules;
 }
 
-const wchar_t* TextOf(const std::vector<Rule>& rules, const Point& point, Mode mode) {
-  for (const Rule& rule : rules) {
-    if (point.step == rule.step && Describe(point).starts_with(rule.call) &&
-        (rule.ordinal == 0 || rule.ordinal == point.ordinal)) {
-      return mode == Mode::kOnce ? rule.once : rule.onwards;
-    }
-  }
-  return nullptr;
+bool IsMeant(const Rule& rule, const Point& point) {
+  return point.step == rule.step && Describe(point).starts_with(rule.call) &&
+         (rule.ordinal == 0 || rule.ordinal == point.ordinal);
 }
 
-const wchar_t* TextOf(const Scene& scene, const Point& point, Mode mode) {
-  const std::vector<Rule>& own = scene.panel ? PanelRules() : LocalRules();
-  const wchar_t* const text = TextOf(own, point, mode);
-  return text != nullptr ? text : TextOf(CommonRules(), point, mode);
+std::vector<Rule> RulesOf(const Scene& scene) {
+  std::vector<Rule> rules = scene.panel ? PanelRules() : LocalRules();
+  rules.insert(rules.end(), CommonRules().begin(), CommonRules().end());
+  return rules;
 }
 
 }  // namespace
 
 std::wstring ExpectedText(const Scene& scene, const std::vector<Point>& points, size_t index,
                           Mode mode) {
+  const std::vector<Rule> rules = RulesOf(scene);
   // When everything behind it fails as well, the first call that can't be done without decides.
   const size_t end = mode == Mode::kOnce ? index + 1 : points.size();
   for (size_t i = index; i < end; ++i) {
-    if (const wchar_t* const text = TextOf(scene, points[i], mode)) {
-      return text;
+    for (const Rule& rule : rules) {
+      const wchar_t* const text = mode == Mode::kOnce ? rule.once : rule.onwards;
+      if (text != nullptr && IsMeant(rule, points[i])) {
+        return text;
+      }
     }
   }
   return {};
+}
+
+std::vector<std::string> UnreachedTexts(const Scene& scene, const std::vector<Point>& points) {
+  std::vector<std::string> unreached;
+  for (const Rule& rule : RulesOf(scene)) {
+    const bool reached = std::any_of(points.begin(), points.end(),
+                                     [&](const Point& point) { return IsMeant(rule, point); });
+    if (!reached) {
+      unreached.push_back(std::string(rule.step) + ": " + rule.call + " #" +
+                          std::to_string(rule.ordinal));
+    }
+  }
+  return unreached;
 }
 
 }  // namespace fault

@@ -19,6 +19,10 @@ enum class Mode {
 std::wstring ExpectedText(const Scene& scene, const std::vector<Point>& points, size_t index,
                           Mode mode);
 
+// Entries of the table of texts that no call of this scene is meant by. A call that the product no
+// longer makes can't fail, so its text would be missed in silence.
+std::vector<std::string> UnreachedTexts(const Scene& scene, const std::vector<Point>& points);
+
 // What a connect says while something else, such as an orphan of Xray, holds its port.
 extern const wchar_t kPortTakenText[];
 

@@ -82,6 +82,7 @@ void ScriptHelpers(sim::Machine& machine) {
   plan.appearsAfter = 20;
   plan.renamedAfter = 40;
   plan.upAfter = 60;
+  plan.adapter.addresses = {{Ip("169.254.10.20"), 16}};  // as the platform gives it by itself
   machine.programs.On(L"tun2socks*.exe", sim::Script().BringsAdapter(plan));
 }
 

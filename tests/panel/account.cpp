@@ -27,7 +27,8 @@ Reply GetSubscribe(Call& call) {
   }
   const Json plan = PlanOf(call.state, user);
   if (!plan.is_null()) data["plan"] = plan;
-  data["subscribe_url"] = "https://sub.panel.example/s/" + user["token"].get<std::string>();
+  data["subscribe_url"] =
+      call.state["subscribeUrl"].get<std::string>() + user["token"].get<std::string>();
   data["reset_day"] = plan.is_null() ? Json() : Json(12);
   if (plan.is_null() && call.state["family"] == "xboard") data["plan"] = nullptr;
   if (call.state["subscriptionToken"] != true) data.erase("token");

@@ -1,8 +1,10 @@
 #include "tests/panel/behaviour.h"
 
 #include <algorithm>
+#include <chrono>
 #include <map>
 #include <memory>
+#include <thread>
 
 namespace panel {
 namespace {
@@ -63,6 +65,14 @@ void AnswerInChunks(const Scene& scene) {
       });
 }
 
+// A reset takes back what the client's system has not yet handed on, so it waits until that is
+// done.
+// A reset takes back what the client's system has not yet handed on, and may come while the client
+// is still sending. So it waits until both is surely over, and the client waits for an answer.
+void AwaitQuiet() {
+  std::this_thread::sleep_for(std::chrono::seconds(1));
+}
+
 // The header lines of the whole answer, and half of its body.
 void SendHalf(const Scene& scene) {
   const Reply reply = scene.ordinary();
@@ -88,10 +98,12 @@ void Cut(const Scene& scene) {
 
 void ResetInBody(const Scene& scene) {
   SendHalf(scene);
+  AwaitQuiet();
   scene.connection.FinishWithReset();
 }
 
 void Reset(const Scene& scene) {
+  AwaitQuiet();
   scene.connection.FinishWithReset();
 }
 

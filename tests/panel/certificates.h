@@ -1,4 +1,4 @@
-// A certificate authority made for this run, a certificate for the loopback names that it has
+// A certificate authority made for this run, a certificate for "localhost" that it has
 // signed, and one that nobody has.
 #ifndef TAVRIN_TESTS_PANEL_CERTIFICATES_H_
 #define TAVRIN_TESTS_PANEL_CERTIFICATES_H_

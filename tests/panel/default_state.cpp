@@ -8,6 +8,7 @@ constexpr char kSettings[] = R"({
   "quotedNumbers": false,
   "registerSignsIn": true,
   "subscriptionToken": true,
+  "subscribeUrl": "https://sub.panel.example/s/",
   "noticeNodes": false,
   "wholeServerRows": false,
   "orderNumberInObject": false,

@@ -6,11 +6,24 @@
 #include <chrono>
 #include <thread>
 #include <utility>
+#include <vector>
 
 namespace panel {
 namespace {
 
-constexpr std::size_t kThreads = 32;  // a connection keeps one while it is open
+// A thread for each connection. With a fixed number of them, clients that keep connections open
+// would shut the others out without a word.
+class ThreadPerConnection : public httplib::TaskQueue {
+ public:
+  void enqueue(std::function<void()> task) override { threads_.emplace_back(std::move(task)); }
+  void shutdown() override {
+    for (std::thread& thread : threads_) thread.join();
+    threads_.clear();
+  }
+
+ private:
+  std::vector<std::thread> threads_;
+};
 
 // The connection whose request this thread serves; the library doesn't hand it on.
 thread_local Connection* Current = nullptr;
@@ -34,7 +47,7 @@ void TlsSettings::Change(TlsMode newMode) {
 
 PanelServer::PanelServer(std::string name, Panel& panel, TlsSettings* tls)
     : name_(std::move(name)), panel_(panel), tls_(tls) {
-  new_task_queue = [] { return new httplib::ThreadPool(kThreads); };
+  new_task_queue = [] { return new ThreadPerConnection; };
   set_tcp_nodelay(true);
   set_socket_options([](socket_t socket) {  // without sharing the port, which is the default
     const int yes = 1;

@@ -56,6 +56,8 @@ struct IpHelperOddities {
   std::set<std::uint64_t> nullTexts;     // LUIDs of adapters listed with null name and description
   std::set<std::uint64_t> withoutAlias;  // LUIDs for which ConvertInterfaceLuidToAlias fails
   bool nullTables = false;               // the table calls succeed and hand out null
+  // LUIDs of adapters whose list of name servers begins with an entry that has no address.
+  std::set<std::uint64_t> emptyServers;
 };
 
 struct ProcessRun {

@@ -25,6 +25,7 @@ struct PipeSettings {
   std::uint32_t defaultTimeOut = 0;
   std::string securityDescriptor;  // the text that it was converted from; empty: none
   bool inherit = false;
+  std::uint32_t attributesLength = 0;  // the length that the security attributes say of themselves
 };
 
 struct PipeInstance {

@@ -59,7 +59,9 @@ struct HostEntry {
   bool hasIpv6 = false;             // so that a look-up for IPv4 alone finds no data
   int error = 0;                    // the look-up fails with this code
   bool noList = false;              // the look-up succeeds, and hands out null
-  std::uint64_t takes = 0;          // virtual milliseconds
+  // The list begins with an entry of another family and ends with one that has no address.
+  bool oddEntries = false;
+  std::uint64_t takes = 0;  // virtual milliseconds
 };
 
 // Host names; a literal address resolves to itself, everything unknown is WSAHOST_NOT_FOUND.

@@ -74,8 +74,13 @@ void PlaceAddresses(Packer& packer, const Adapter& adapter, IP_ADAPTER_ADDRESSES
   }
 }
 
-void PlaceDnsServers(Packer& packer, const Adapter& adapter, IP_ADAPTER_ADDRESSES& row) {
+void PlaceDnsServers(Packer& packer, const Adapter& adapter, bool beginsEmpty,
+                     IP_ADAPTER_ADDRESSES& row) {
   IP_ADAPTER_DNS_SERVER_ADDRESS** link = &row.FirstDnsServerAddress;
+  if (beginsEmpty) {
+    *link = packer.Place<IP_ADAPTER_DNS_SERVER_ADDRESS>();
+    link = &(*link)->Next;
+  }
   for (const std::string& server : adapter.dnsServers) {
     std::uint32_t number = 0;
     const SOCKET_ADDRESS address =
@@ -107,7 +112,7 @@ IP_ADAPTER_ADDRESSES* PlaceAdapter(Packer& packer, const Adapter& adapter, const
   if (listing.withIpv4) {
     PlaceAddresses(packer, adapter, row);
   }
-  PlaceDnsServers(packer, adapter, row);
+  PlaceDnsServers(packer, adapter, listing.oddities->emptyServers.count(adapter.luid) != 0, row);
   auto* const placed = packer.Place<IP_ADAPTER_ADDRESSES>();
   *placed = row;
   return placed;

@@ -1,10 +1,9 @@
-// Last error, handles, waits, time and threads.
+// Last error, handles, waits, ticks and threads.
 #include "tests/sim/call.h"
 #include "tests/sim/threads.h"
 
 #include <windows.h>
 
-#include <chrono>
 #include <thread>
 #include <utility>
 
@@ -82,23 +81,6 @@ DWORD GetTickCount() {
 ULONGLONG GetTickCount64() {
   Call call("GetTickCount64");
   return call->clock.Now();
-}
-
-void GetSystemTime(SYSTEMTIME* systemTime) {
-  using namespace std::chrono;
-  Call call("GetSystemTime");
-  const sys_time<milliseconds> now{milliseconds(call->clock.UnixMilliseconds())};
-  const sys_days today = floor<days>(now);
-  const year_month_day date(today);
-  const hh_mm_ss time(now - today);
-  systemTime->wYear = static_cast<WORD>(static_cast<int>(date.year()));
-  systemTime->wMonth = static_cast<WORD>(static_cast<unsigned>(date.month()));
-  systemTime->wDay = static_cast<WORD>(static_cast<unsigned>(date.day()));
-  systemTime->wDayOfWeek = static_cast<WORD>(weekday(today).c_encoding());
-  systemTime->wHour = static_cast<WORD>(time.hours().count());
-  systemTime->wMinute = static_cast<WORD>(time.minutes().count());
-  systemTime->wSecond = static_cast<WORD>(time.seconds().count());
-  systemTime->wMilliseconds = static_cast<WORD>(time.subseconds().count());
 }
 
 HANDLE CreateThread(SECURITY_ATTRIBUTES* /*attributes*/, SIZE_T /*stackSize*/,

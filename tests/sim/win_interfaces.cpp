@@ -178,6 +178,7 @@ NETIO_STATUS GetIpInterfaceEntry(MIB_IPINTERFACE_ROW* row) {
   }
   row->InterfaceIndex = adapter->index;
   row->DadTransmits = adapter->dadTransmits;
+  row->SitePrefixLength = 64;  // for IPv4 too, where the platform itself refuses it
   row->NlMtu = adapter->mtu;
   row->Connected = adapter->operStatus == netmodel::kOperStatusUp ? TRUE : FALSE;
   return NO_ERROR;
@@ -191,6 +192,9 @@ NETIO_STATUS SetIpInterfaceEntry(MIB_IPINTERFACE_ROW* row) {
   Adapter* const adapter = FindAdapter(call, row->InterfaceLuid);
   if (adapter == nullptr || row->Family != AF_INET) {
     return adapter == nullptr ? ERROR_NOT_FOUND : ERROR_INVALID_PARAMETER;
+  }
+  if (row->SitePrefixLength > 32) {
+    return ERROR_INVALID_PARAMETER;
   }
   adapter->dadTransmits = row->DadTransmits;
   return NO_ERROR;

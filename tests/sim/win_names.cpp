@@ -33,7 +33,7 @@ struct AddressList {
   std::deque<Info> infos;
   std::deque<sockaddr_in> addresses;
 
-  void Add(const std::string& text) {
+  void Add(const std::string& text, int family = AF_INET) {
     std::uint32_t number = 0;
     (void)netmodel::ParseIpv4(text, &number);
     sockaddr_in& address = addresses.emplace_back();
@@ -42,7 +42,7 @@ struct AddressList {
     address.sin_addr.S_un.S_addr = htonl(number);
     Info& info = infos.emplace_back();
     info = {};
-    info.ai_family = AF_INET;
+    info.ai_family = family;
     info.ai_socktype = SOCK_STREAM;
     info.ai_addrlen = sizeof address;
     info.ai_addr = reinterpret_cast<sockaddr*>(&address);
@@ -73,8 +73,15 @@ INT Resolve(Call& call, const std::string& name, const Info* hints, Info** resul
     return 0;
   }
   const auto list = std::make_shared<AddressList<Info>>();
+  if (entry.oddEntries) {
+    list->Add("192.0.2.66", AF_INET6);
+  }
   for (const std::string& address : entry.ipv4) {
     list->Add(address);
+  }
+  if (entry.oddEntries) {
+    list->Add("192.0.2.67");
+    list->infos.back().ai_addr = nullptr;
   }
   *result = &list->infos.front();
   call.Track(*result, kAddressList, list);

@@ -64,6 +64,7 @@ sim::PipeSettings SettingsOf(const Call& call, LPCWSTR name,
   sim::PipeSettings settings;
   settings.name = sim::Narrow(name);
   if (attributes != nullptr) {
+    settings.attributesLength = attributes->nLength;
     settings.inherit = attributes->bInheritHandle != FALSE;
     const auto text = call->resources.Find(attributes->lpSecurityDescriptor, kDescriptor);
     if (text) {

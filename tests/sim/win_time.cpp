@@ -36,6 +36,15 @@ bool IsPlausible(std::int64_t year) {
 
 }  // namespace
 
+void GetSystemTime(SYSTEMTIME* systemTime) {
+  using namespace std::chrono;
+  Call call("GetSystemTime");
+  const sys_time<milliseconds> now{milliseconds(call->clock.UnixMilliseconds())};
+  const sys_days today = floor<days>(now);
+  SetDate(today, systemTime);
+  SetTime(now - today, systemTime);
+}
+
 void GetSystemTimeAsFileTime(FILETIME* fileTime) {
   Call call("GetSystemTimeAsFileTime");
   const std::chrono::milliseconds sinceFirstDay =

@@ -183,6 +183,10 @@ TEST_F(Tags, AreAQuestionOfThePricePerDayAndNotOfThePrice) {
   EXPECT_EQ(Of({{30, 1000}, {365, 2000}, {90, 1200}}), (Texts{L"", kBest, kSecond}));
 }
 
+TEST_F(Tags, AFractionOfACentPerDayDecides) {
+  EXPECT_EQ(Of({{30, 119}, {30, 100}, {30, 95}}), (Texts{L"", kSecond, kBest}));
+}
+
 TEST_F(Tags, OfTwoEqualOffersTheEarlierIsAhead) {
   EXPECT_EQ(Of({{30, 100}, {30, 100}}), (Texts{kBest, kSecond}));
   EXPECT_EQ(Of({{30, 100}, {30, 100}, {30, 100}}), (Texts{kBest, kSecond, L""}));

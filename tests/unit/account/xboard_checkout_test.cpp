@@ -15,7 +15,7 @@ class CheckOut : public OrderTest {
  protected:
   void SetUp() override {
     OrderTest::SetUp();
-    OnSave(Ok(R"({"data":"n"})"));
+    machine.http.On("POST", kApi + "user/order/save", Ok(R"({"data":"n"})"));
   }
   // Fails with this text; the order is cancelled and its number stays in the result.
   void ExpectFailure(const std::wstring& text) {
@@ -33,7 +33,6 @@ TEST_F(CheckOut, AFreePlanTakesEffectAtOnceWithAndWithoutMethods) {
   for (const char* methods : {R"({"data":[]})", kMethod}) {
     SCOPED_TRACE(methods);
     machine.http.Forget();
-    OnSave(Ok(R"({"data":"n"})"));
     OnMethods(methods);
     OnCheckOut(Ok(R"({"type":-1,"data":true})"));
     EXPECT_TRUE(Buy());
@@ -69,7 +68,6 @@ TEST_F(CheckOut, WithoutAKnownMethodNoneIsSent) {
                                    Ok(R"({"data":[{"name":"x"}]})")};
   for (const sim::HttpAnswer& list : lists) {
     machine.http.Forget();
-    OnSave(Ok(R"({"data":"n"})"));
     OnGet("user/order/getPaymentMethod", list);
     OnCheckOut(Ok(R"({"type":-1})"));
     EXPECT_TRUE(Buy());
@@ -85,11 +83,7 @@ TEST_F(CheckOut, AMethodIdIsNotCutTo32Bits) {
 }
 
 TEST_F(CheckOut, AnOrderNumberIsEscaped) {
-  machine.http.On("POST", kApi + "user/order/save", Ok(R"({"data":"a\"\\b"})"));
-  OnMethods(R"({"data":[]})");
-  machine.http.Forget();
-  EXPECT_FALSE(Buy());  // takes the number of the set-up
-  machine.http.Forget();
+  OnSave(Ok(R"({"data":"a\"\\b"})"));
   EXPECT_FALSE(Buy());
   EXPECT_EQ(CheckOutBody(), R"({"trade_no":"a\"\\b"})");
   EXPECT_EQ(Cancelled(), Texts{R"({"trade_no":"a\"\\b"})"});
@@ -101,7 +95,6 @@ TEST_F(CheckOut, WithoutAMethodAnAcceptedOrderIsThrownAway) {
        {R"({"type":1,"data":"https:\/\/pay.example"})", R"({"type":0,"data":"q"})",
         R"({"data":"u"})", "{}", R"({"type":-2})"}) {
     machine.http.Forget();
-    OnSave(Ok(R"({"data":"n"})"));
     OnMethods(R"({"data":[]})");
     OnCheckOut(Ok(answer));
     error.clear();
@@ -129,7 +122,6 @@ TEST_F(CheckOut, ARefusalForTheLackOfAMethodIsToldThePanelsOperator) {
   for (const auto& [methods, message] : rows) {
     SCOPED_TRACE(message);
     machine.http.Forget();
-    OnSave(Ok(R"({"data":"n"})"));
     OnMethods(methods);
     OnCheckOut(Refusal(400, R"({"message":")" + std::string(message) + "\"}"));
     ExpectFailure(kSetup);
@@ -152,7 +144,6 @@ TEST_F(CheckOut, WithAMethodThePayPageIsHandedOn) {
   for (const auto& [answer, url] : rows) {
     SCOPED_TRACE(answer);
     machine.http.Forget();
-    OnSave(Ok(R"({"data":"n"})"));
     OnMethods(kMethod);
     OnCheckOut(Ok(answer));
     EXPECT_TRUE(Buy());
@@ -166,7 +157,6 @@ TEST_F(CheckOut, WithAMethodThePayPageIsHandedOn) {
 TEST_F(CheckOut, WithoutAPayPageTheUserIsSentToThePanel) {
   for (const char* answer : {R"({"type":1,"data":""})", R"({"type":2,"data":true})", "{}"}) {
     machine.http.Forget();
-    OnSave(Ok(R"({"data":"n"})"));
     OnMethods(kMethod);
     OnCheckOut(Ok(answer));
     EXPECT_TRUE(Buy());

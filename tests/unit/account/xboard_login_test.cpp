@@ -228,6 +228,21 @@ TEST_F(Login, ASessionFileWithOtherKeysBlanksAndAByteOrderMarkIsRead) {
   EXPECT_EQ(Read<Email>(panel()), L"e");
 }
 
+TEST_F(Login, AHugeSessionFileAndOneWithNulsAreReadToTheirEnd) {
+  machine.files.Put(sessionPath, std::string(8 * 1024 * 1024, ' ') + R"("auth_data":"a")");
+  Build();
+  EXPECT_EQ(Read<AuthData>(panel()), L"a");
+  machine.files.Put(sessionPath, std::string("\0\0\"auth_data\":\"a\0b\"", 19));
+  Build();
+  EXPECT_EQ(Read<AuthData>(panel()), std::wstring(L"a\0b", 3));
+}
+
+TEST_F(Login, ACredentialThatIsNoUtf8IsNoError) {
+  machine.files.Put(sessionPath, "{\"auth_data\":\"a\xFF\"}");
+  Build();
+  EXPECT_EQ(Read<AuthData>(panel()), L"a\xFFFD");
+}
+
 TEST_F(Login, ACredentialWithAQuoteDoesNotSurviveTheFile) {
   OnPost(kPath, R"({"data":{"auth_data":"a\"b"}})");
   EXPECT_TRUE(Try());

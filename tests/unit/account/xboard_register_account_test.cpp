@@ -163,9 +163,9 @@ TEST_F(Register, ALoginWhoseSessionCanNotBeSavedIsAFailedRegistration) {
 class OtherLogin : public XboardControlPlane {
  public:
   using XboardControlPlane::XboardControlPlane;
-  bool login(const std::wstring& email, const std::wstring& password,
+  bool login(const std::wstring& address, const std::wstring& password,
              std::wstring& /*error*/) override {
-    asked += email + L"/" + password + L";";
+    asked += address + L"/" + password + L";";
     return true;
   }
   std::wstring asked;

@@ -49,13 +49,13 @@ TEST_F(Utf8ToWideTest, IllFormedBytesBecomeReplacementCharacters) {
     std::wstring text;
   } rows[] = {
       {"\xFF", Units({0xFFFD})},
-      {"a\x80z", Units({'a', 0xFFFD, 'z'})},              // a continuation on its own
-      {"\xC3", Units({0xFFFD})},                          // cut short at the end
-      {"\xC3(", Units({0xFFFD, '('})},                    // cut short by a character
-      {"\xE4\xB8", Units({0xFFFD})},                      // one maximal part, one replacement
-      {"\xC0\xAF", Units({0xFFFD, 0xFFFD})},              // overlong
-      {"\xED\xA0\x80", Units({0xFFFD, 0xFFFD, 0xFFFD})},  // an encoded surrogate
-      {"\xF4\x90\x80\x80", Units({0xFFFD, 0xFFFD, 0xFFFD, 0xFFFD})},  // above U+10FFFF
+      {"a\x80z", Units({'a', 0xFFFD, 'z'})},                  // a continuation on its own
+      {"\xC3", Units({0xFFFD})},                              // cut short at the end
+      {"\xC3(", Units({0xFFFD, '('})},                        // cut short by a character
+      {"\xE4\xB8", Units({0xFFFD})},                          // one maximal part, one replacement
+      {"\xC0\xAF", Units({0xFFFD, 0xFFFD})},                  // overlong
+      {"\xED\xA0\x80", Units({0xFFFD, 0xFFFD})},              // an encoded surrogate
+      {"\xF4\x90\x80\x80", Units({0xFFFD, 0xFFFD, 0xFFFD})},  // above U+10FFFF
   };
   for (const auto& row : rows) {
     SCOPED_TRACE(::testing::PrintToString(row.bytes));
@@ -140,6 +140,42 @@ TEST(EscapeQuotes, PutsABackslashInFrontOfQuotesAndBackslashesOnly) {
   EXPECT_EQ(EscapeQuotes("\xE4\xB8\xAD"), "\xE4\xB8\xAD");
   EXPECT_EQ(EscapeQuotes("\0\"\0"s), "\0\\\"\0"s);
   EXPECT_EQ(EscapeQuotes(""), "");
+}
+
+class AssignIfGivenTest : public sim::MachineTest {};
+
+TEST_F(AssignIfGivenTest, GivenBytesReplaceTheFieldAndNoBytesLeaveIt) {
+  std::wstring field = L"chrome";
+  AssignIfGiven("", field);
+  EXPECT_EQ(field, L"chrome");
+  AssignIfGiven("firefox 中", field);
+  EXPECT_EQ(field, L"firefox 中");
+}
+
+TEST_F(AssignIfGivenTest, BytesThatCannotBeConvertedCountAsGiven) {
+  machine.faults.Fail("MultiByteToWideChar");
+  std::wstring field = L"chrome";
+  AssignIfGiven("firefox", field);
+  EXPECT_EQ(field, L"");
+}
+
+TEST(HexDigitValue, KnowsTheDigitsOfBothCases) {
+  const std::string lower = "0123456789abcdef";
+  const std::string upper = "0123456789ABCDEF";
+  for (int value = 0; value < 16; ++value) {
+    EXPECT_EQ(HexDigitValue(lower[static_cast<size_t>(value)]), value);
+    EXPECT_EQ(HexDigitValue(upper[static_cast<size_t>(value)]), value);
+  }
+}
+
+TEST(HexDigitValue, AnyOtherByteIsNone) {
+  const std::string digits = "0123456789abcdefABCDEF";
+  for (int byte = 0; byte < 256; ++byte) {
+    const char text = static_cast<char>(byte);
+    if (digits.find(text) == std::string::npos) {
+      EXPECT_EQ(HexDigitValue(text), -1) << byte;
+    }
+  }
 }
 
 TEST(HasDottedQuadShape, WantsDigitsAndExactlyThreeDots) {

@@ -1,9 +1,5 @@
 #include "src/control/connect_operation.h"
 
-#include <atomic>
-#include <chrono>
-#include <thread>
-
 #include "src/control/session_cache.h"
 #include "src/control/tunnel_instance.h"
 #include "tests/unit/control/control_fixture.h"
@@ -229,36 +225,5 @@ TEST_F(ConnectOperationTest, FailedStartMakesTheNextConnectFetchAfresh) {
   EXPECT_EQ(ConnectOperation(L""), L"");
   EXPECT_EQ(Fetches(), 2);
 }
-
-class StopTunnelTest : public unit::ControlTest {};
-
-TEST_F(StopTunnelTest, IdleTunnelCostsNoPlatformCall) {
-  StopTunnel();
-  EXPECT_EQ(machine.calls.Names(), std::vector<std::string>());
-}
-
-TEST_F(StopTunnelTest, RunningTunnelIsTakenDown) {
-  EXPECT_EQ(ConnectOperation(L""), L"");
-  StopTunnel();
-  EXPECT_EQ(Alive(), std::vector<std::string>());
-  EXPECT_FALSE(HasRoute("198.51.100.7", 32));
-}
-
-TEST_F(StopTunnelTest, WaitsForTheLock) {
-  std::atomic<bool> stopped{false};
-  std::thread stopper;
-  {
-    const MutexLock lock(TunnelLock);
-    stopper = std::thread([&] {
-      StopTunnel();
-      stopped = true;
-    });
-    std::this_thread::sleep_for(std::chrono::milliseconds(30));
-    EXPECT_FALSE(stopped);
-  }
-  stopper.join();
-  EXPECT_TRUE(stopped);
-}
-
 }  // namespace
 }  // namespace vpn

@@ -126,6 +126,31 @@ TEST_F(EntryPoint, InstallBeatsEverythingElse) {
   EXPECT_EQ(machine.calls.Count("_wfsopen"), 0u);  // neither command writes to the log
 }
 
+TEST_F(EntryPoint, InstallFreezesTheGivenDirectoryUntested) {
+  EXPECT_EQ(Run({L"--install", L"--runtime", L"X:\\nowhere"}), 0);
+  EXPECT_EQ(machine.services.Find("TavrinService").value().binaryPath,
+            R"("C:\Program Files\Tavrin\TavrinService.exe" --runtime "X:\nowhere")");
+}
+
+TEST_F(EntryPoint, InstallAloneFreezesTheDiscoveredDirectory) {
+  EXPECT_EQ(Run({L"--install"}), 0);
+  EXPECT_EQ(machine.services.Find("TavrinService").value().binaryPath,
+            R"("C:\Program Files\Tavrin\TavrinService.exe" --runtime "C:\found")");
+}
+
+TEST_F(EntryPoint, InstallByAnOrdinaryUserGivesOneWithTheHint) {
+  machine.services.administrator = false;
+  EXPECT_EQ(Run({L"--install"}), 1);
+  EXPECT_EQ(machine.console.Errors(), "OpenSCManager failed err=5 (need Administrator)\n");
+}
+
+TEST_F(EntryPoint, InstalledTextOutsideAsciiIsPrintedAsUtf8) {
+  EXPECT_EQ(Run({L"--install", L"--runtime", L"C:\\数据"}), 0);
+  EXPECT_EQ(machine.console.Output(),
+            "Installed and started TavrinService\nbinPath \"C:\\Program Files\\Tavrin\\"
+            "TavrinService.exe\" --runtime \"C:\\数据\"\n");
+}
+
 TEST_F(EntryPoint, UninstallBeatsTheModes) {
   EXPECT_EQ(Run({L"--console", L"--daemon", L"--uninstall"}), 0);
   EXPECT_EQ(machine.console.Output(), "Service not installed.\n");

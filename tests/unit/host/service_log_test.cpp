@@ -4,6 +4,7 @@
 #include <share.h>
 
 #include <algorithm>
+#include <chrono>
 #include <sstream>
 #include <thread>
 
@@ -151,6 +152,21 @@ TEST_F(ServiceLog, FileCanBeReadAndAppendedToByOthersMeanwhile) {
   (void)std::fclose(reader);
   WriteLog(L"three");
   EXPECT_EQ(Log(), "one\ntwo\nother process\nthree\n");
+}
+
+TEST_F(ServiceLog, SecondThreadWaitsWithItsEchoUntilTheFirstLineIsInTheFile) {
+  ConsoleEcho = 1;
+  std::thread second;
+  std::string echoed;
+  machine.faults.Before("_wfsopen", 1, [&] {
+    second = std::thread([] { WriteLog(L"two"); });
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    echoed = machine.console.Output();
+  });
+  WriteLog(L"one");
+  second.join();
+  EXPECT_EQ(echoed, "one\n");
+  EXPECT_EQ(Log(), "one\ntwo\n");
 }
 
 TEST_F(ServiceLog, LinesOfSeveralThreadsStayWhole) {

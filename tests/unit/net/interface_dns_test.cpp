@@ -90,6 +90,12 @@ TEST_F(InterfaceDns, Ipv6ServersAreSkipped) {
   EXPECT_EQ(vpn::ListInterfaceDnsServers(L"tavrin"), (WideTexts{L"1.1.1.1", L"8.8.8.8"}));
 }
 
+TEST_F(InterfaceDns, AnEntryWithoutAnAddressIsSkipped) {
+  Tun().dnsServers = {"1.1.1.1", "8.8.8.8"};
+  machine.ipHelper.emptyServers.insert(Tun().luid);
+  EXPECT_EQ(vpn::ListInterfaceDnsServers(L"tavrin"), (WideTexts{L"1.1.1.1", L"8.8.8.8"}));
+}
+
 TEST_F(InterfaceDns, AnAliasInOtherCaseOrLengthHasNoServers) {
   Tun().dnsServers = {"1.1.1.1"};
   for (const wchar_t* alias : {L"Tavrin", L"TAVRIN", L"tavri", L"tavrin ", L"tavrin 1", L""}) {

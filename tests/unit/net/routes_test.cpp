@@ -210,6 +210,8 @@ TEST_F(Routes, ARouteIsFoundByInterfacePrefixAndLength) {
   EXPECT_TRUE(vpn::RouteExists(kEthernet, L"192.168.1.20", 32)) << "the last row of the table";
   EXPECT_TRUE(vpn::RouteExists(kEthernet, L"0.0.0.0", 0)) << "the first row of the table";
   EXPECT_FALSE(vpn::RouteExists(kEthernet, L"0.0.0.0", 1)) << "another length";
+  EXPECT_FALSE(vpn::RouteExists(kEthernet, L"192.168.1.0", 23)) << "a shorter one";
+  EXPECT_FALSE(vpn::RouteExists(kEthernet, L"192.168.1.0", 25)) << "a longer one";
   EXPECT_FALSE(vpn::RouteExists(kEthernet, L"128.0.0.0", 0)) << "another destination";
   EXPECT_FALSE(vpn::RouteExists(kEthernet, L"127.0.0.0", 8)) << "another interface";
   EXPECT_TRUE(vpn::RouteExists(L"Loopback Pseudo-Interface 1", L"127.0.0.0", 8));

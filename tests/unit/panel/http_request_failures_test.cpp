@@ -32,10 +32,10 @@ TEST_F(HttpFailure, AnAddressWithoutASchemeIsInvalidAtOnce) {
 }
 
 TEST_F(HttpFailure, OtherAddressesThatThePlatformRefusesAreInvalid) {
-  for (const wchar_t* url : {L"", L"ftp://panel.example/", L"http://", L"https:///x",
-                             L"http://panel.example:65536/", L"http:panel.example"}) {
+  for (const wchar_t* address : {L"", L"ftp://panel.example/", L"http://", L"https:///x",
+                                 L"http://panel.example:65536/", L"http:panel.example"}) {
     error.clear();
-    EXPECT_FALSE(HttpRequest(L"GET", url, L"", "", L"", response, error, nullptr, &status));
+    EXPECT_FALSE(HttpRequest(L"GET", address, L"", "", L"", response, error, nullptr, &status));
     EXPECT_EQ(error, L"面板地址无效");
     EXPECT_EQ(status, 0u);
   }

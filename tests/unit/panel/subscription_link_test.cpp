@@ -1,5 +1,6 @@
 // One vless:// link, and the small tools that read it.
 #include <string>
+#include <string_view>
 
 #include "src/panel/subscription.h"
 #include "tests/sim/fixture.h"
@@ -194,6 +195,7 @@ TEST_F(Link, AnIpv6AddressStandsInBrackets) {
   ExpectHostAndPort("vless://id@[2001:db8::1]:443?pbk=k", L"2001:db8::1", 443);
   EXPECT_FALSE(Take("vless://id@[2001:db8::1]?pbk=k"));
   EXPECT_FALSE(Take("vless://id@[2001:db8::1]x:443?pbk=k"));
+  EXPECT_FALSE(Take("vless://id@[2001:db8::1]x443?pbk=k"));
   EXPECT_FALSE(Take("vless://id@[2001:db8::1:443?pbk=k"));
   EXPECT_FALSE(Take("vless://id@[2001:db8::1]:?pbk=k"));
 }
@@ -249,6 +251,11 @@ TEST(PercentDecode, UndoesEscapesOfEitherCaseAndPlusSigns) {
 
 TEST(PercentDecode, AnEscapeAtTheVeryEndIsUndone) {
   EXPECT_EQ(PercentDecode("a%41"), "aA");
+}
+
+TEST(PercentDecode, ReadsNothingBehindItsText) {
+  EXPECT_EQ(PercentDecode(std::string_view("a%41").substr(0, 3)), "a%4");
+  EXPECT_EQ(PercentDecode(std::string_view("a%41").substr(0, 2)), "a%");
 }
 
 TEST(PercentDecode, WhatDoesNotFitStaysAsItIs) {

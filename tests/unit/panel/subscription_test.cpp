@@ -222,6 +222,8 @@ TEST_F(Subscription, DecodeBase64SetsItsOutputOnSuccessOnly) {
   EXPECT_EQ(out, "AB");
   EXPECT_TRUE(DecodeBase64("AP8=", out));
   EXPECT_EQ(out, std::string("\0\xFF", 2));
+  EXPECT_TRUE(DecodeBase64("\n", out));
+  EXPECT_EQ(out, "");
 }
 
 }  // namespace

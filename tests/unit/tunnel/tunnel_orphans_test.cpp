@@ -138,6 +138,30 @@ TEST_F(TunnelOrphans, WithoutOrphansNothingIsCleanedEvenIfAnAdapterIsThere) {
   machine.clock.Advance(100000);
 }
 
+TEST_F(TunnelOrphans, ACrashThatTookTheChildrenAlongLeavesNoOrphanAndNothingIsCleaned) {
+  const sim::ProcessRun crash = machine.RunProcess([this] {
+    vpn::TunnelManager crashing;
+    std::wstring text;
+    EXPECT_TRUE(crashing.start(config, text));
+    machine.faults.ResetCount();
+    machine.faults.KillAt(1);
+    (void)crashing.isRunning();
+  });
+  ASSERT_TRUE(crash.killed);
+  ASSERT_EQ(machine.processes.Alive(), Texts()) << "the job took them";
+  ASSERT_EQ(Pins(), (Texts{"198.51.100.20", "198.51.100.30"})) << "what the crash left";
+  ASSERT_FALSE(Ethernet().ipv6RouterDiscovery);
+  const size_t commands = NetshLines().size();
+  machine.faults.Clear();
+  ASSERT_TRUE(Start());
+  EXPECT_EQ(Last(Labels(), 13), kFirstStartLabels) << "no hit";
+  EXPECT_EQ(NetshLines().at(commands),
+            "netsh interface ipv6 set interface \"以太网\" routerdiscovery=disabled store=active");
+  EXPECT_EQ(NetshLines().size(), commands + 5);
+  manager->stop();
+  ExpectNetworkAsBefore();
+}
+
 TEST_F(TunnelOrphans, ProcessesOfTheseNamesElsewhereSurviveAStartAndAStop) {
   machine.processes.Seed(L"D:\\v2ray\\xray.exe");
   machine.processes.Seed(L"D:\\v2ray\\tun2socks.exe");

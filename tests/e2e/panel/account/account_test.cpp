@@ -34,8 +34,8 @@ vpn::XboardControlPlane AccountTest::Restart() const {
 }
 
 vpn::XboardControlPlane AccountTest::SignedIn() const {
-  WriteText(sessionPath, std::string(R"({"email":")") + kEmail + R"(","auth_data":")" +
-                             kCredential + "\"}\n");
+  WriteText(sessionPath,
+            std::string(R"({"email":")") + kEmail + R"(","auth_data":")" + kCredential + "\"}\n");
   return Restart();
 }
 

@@ -1,11 +1,11 @@
-// The one session of the process. Stands first in the program: its test needs the first call.
+// The one session of the process, and the handles of the calls.
 #include <windows.h>
 
 #include <thread>
 
 #include "src/panel/http_request.h"
 #include "tests/e2e/panel/account/account_test.h"
-#include "tests/e2e/panel/account/winhttp_counter.h"
+#include "tests/e2e/panel/harness/winhttp_counter.h"
 #include "tests/standins/text.h"
 
 namespace e2e {
@@ -14,8 +14,7 @@ namespace {
 class FirstCall : public AccountTest {};
 
 TEST_F(FirstCall, OfTwoThreadsAtOnceOpensOneSession) {
-  constexpr unsigned long kOverlap = 300;  // milliseconds
-  CountWinHttpHandles(kOverlap);
+  ASSERT_EQ(CountedWinHttpHandles().sessions, 0) << "to be run in a process of its own";
   const HANDLE go = CreateEventW(nullptr, TRUE, FALSE, nullptr);
   const std::wstring url = apiBase + L"/api/v1/guest/comm/config";
   bool answered[2] = {};
@@ -61,11 +60,10 @@ class ManyCalls : public AccountTest {
 };
 
 TEST_F(ManyCalls, LeakNoHandle) {
-  constexpr int kRounds = 200;         // of five calls
+  constexpr int kRounds = 200;          // of five calls
   constexpr int kNoiseOfPlatform = 20;  // its own threads and pooled connections come and go
   panel.Answer("/refused", 500);
   panel.Behave({{"path", "/garbage"}, {"do", "garbage"}});
-  CountWinHttpHandles(0);
   for (int i = 0; i < 10; ++i) CallInEveryWay();
   const WinHttpCounts before = CountedWinHttpHandles();
   const int handlesBefore = CountProcessHandles();

@@ -84,7 +84,8 @@ std::string TestPanel::Authority() const {
 std::vector<ReceivedRequest> TestPanel::Requests() const {
   std::vector<ReceivedRequest> requests;
   for (const Json& row : Ask("GET", "/requests")) {
-    requests.push_back({row["listener"], row["method"], row["target"], row["headers"], row["body"]});
+    requests.push_back(
+        {row["listener"], row["method"], row["target"], row["headers"], row["body"]});
   }
   return requests;
 }

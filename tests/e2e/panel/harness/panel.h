@@ -1,5 +1,5 @@
-// The test panel as a test sees it. The launcher has started it and says in the environment where it
-// listens; what it can be told stands in tests/panel/admin.h and tests/panel/behaviour.h.
+// The test panel as a test sees it. The launcher has started it and says in the environment where
+// it listens; what it can be told stands in tests/panel/admin.h and tests/panel/behaviour.h.
 #ifndef TAVRIN_TESTS_E2E_PANEL_HARNESS_PANEL_H_
 #define TAVRIN_TESTS_E2E_PANEL_HARNESS_PANEL_H_
 

@@ -6,8 +6,8 @@ namespace e2e {
 
 // The machine's list, not the user's: for the latter Windows would ask the person at the screen.
 TrustedAuthority::TrustedAuthority(const std::string& der)
-    : store_(CertOpenStore(CERT_STORE_PROV_SYSTEM_REGISTRY_W, 0, 0,
-                           CERT_SYSTEM_STORE_LOCAL_MACHINE, L"Root")) {
+    : store_(CertOpenStore(CERT_STORE_PROV_SYSTEM_REGISTRY_W, 0, 0, CERT_SYSTEM_STORE_LOCAL_MACHINE,
+                           L"Root")) {
   const auto* const bytes = reinterpret_cast<const BYTE*>(der.data());
   if (CertAddEncodedCertificateToStore(store_, X509_ASN_ENCODING, bytes,
                                        static_cast<DWORD>(der.size()), CERT_STORE_ADD_ALWAYS,

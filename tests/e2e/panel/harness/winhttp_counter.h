@@ -1,7 +1,7 @@
 // Counts the WinHTTP handles that this program opens and closes, by standing in the import table
 // between the program and the platform.
-#ifndef TAVRIN_TESTS_E2E_PANEL_ACCOUNT_WINHTTP_COUNTER_H_
-#define TAVRIN_TESTS_E2E_PANEL_ACCOUNT_WINHTTP_COUNTER_H_
+#ifndef TAVRIN_TESTS_E2E_PANEL_HARNESS_WINHTTP_COUNTER_H_
+#define TAVRIN_TESTS_E2E_PANEL_HARNESS_WINHTTP_COUNTER_H_
 
 namespace e2e {
 
@@ -22,4 +22,4 @@ int CountProcessHandles();
 
 }  // namespace e2e
 
-#endif  // TAVRIN_TESTS_E2E_PANEL_ACCOUNT_WINHTTP_COUNTER_H_
+#endif  // TAVRIN_TESTS_E2E_PANEL_HARNESS_WINHTTP_COUNTER_H_

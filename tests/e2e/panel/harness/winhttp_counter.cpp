@@ -1,8 +1,7 @@
-#include "tests/e2e/panel/account/winhttp_counter.h"
+#include "tests/e2e/panel/harness/winhttp_counter.h"
 
 #include <windows.h>
 #include <winhttp.h>
-#include <winternl.h>
 
 #include <atomic>
 #include <stdexcept>
@@ -83,7 +82,8 @@ struct HandleTable {
   ULONG_PTR reserved;
   HandleRow rows[1];
 };
-constexpr auto kExtendedHandleInformation = static_cast<SYSTEM_INFORMATION_CLASS>(64);
+constexpr ULONG kExtendedHandleInformation = 64;
+using QuerySystemInformation = LONG(WINAPI*)(ULONG, void*, ULONG, ULONG*);
 
 }  // namespace
 
@@ -103,10 +103,12 @@ WinHttpCounts CountedWinHttpHandles() {
 int CountProcessHandles() {
   std::vector<ULONG_PTR> buffer(1 << 20);
   ULONG size = 0;
-  const NTSTATUS status =
-      NtQuerySystemInformation(kExtendedHandleInformation, buffer.data(),
-                               static_cast<ULONG>(buffer.size() * sizeof(ULONG_PTR)), &size);
-  if (!NT_SUCCESS(status)) throw std::runtime_error("the platform doesn't list its handles");
+  const auto query = reinterpret_cast<QuerySystemInformation>(reinterpret_cast<void*>(
+      GetProcAddress(GetModuleHandleW(L"ntdll.dll"), "NtQuerySystemInformation")));
+  if (query(kExtendedHandleInformation, buffer.data(),
+            static_cast<ULONG>(buffer.size() * sizeof(ULONG_PTR)), &size) < 0) {
+    throw std::runtime_error("the platform doesn't list its handles");
+  }
   const auto* const table = reinterpret_cast<const HandleTable*>(buffer.data());
   int count = 0;
   for (ULONG_PTR i = 0; i < table->count; ++i) {

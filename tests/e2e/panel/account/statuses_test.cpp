@@ -1,0 +1,92 @@
+// What every status of 400 or more comes to: the number, whatever the body says, unless an
+// operation reads the panel's message.
+#include "src/panel/http_request.h"
+#include "tests/e2e/panel/account/account_test.h"
+
+namespace e2e {
+namespace {
+
+struct StatusCase {
+  int status;
+  const wchar_t* text;
+  const wchar_t* loginText;
+  const wchar_t* registerText;
+};
+
+constexpr StatusCase kStatusCases[] = {
+    {401, L"面板 HTTP 401", L"面板 HTTP 401（LOGIN 401）", L"面板 HTTP 401（REG 401）"},
+    {403, L"面板 HTTP 403", L"面板 HTTP 403（LOGIN 403）", L"面板 HTTP 403（REG 403）"},
+    {404, L"面板 HTTP 404", L"面板 HTTP 404（LOGIN 404）", L"面板 HTTP 404（REG 404）"},
+    {429, L"面板 HTTP 429", L"面板 HTTP 429（LOGIN 429）", L"面板 HTTP 429（REG 429）"},
+    {500, L"面板 HTTP 500", L"面板 HTTP 500（LOGIN 500）", L"面板 HTTP 500（REG 500）"},
+    {502, L"面板 HTTP 502", L"面板 HTTP 502（LOGIN 502）", L"面板 HTTP 502（REG 502）"},
+    {521, L"面板 HTTP 521", L"面板 HTTP 521（LOGIN 521）", L"面板 HTTP 521（REG 521）"},
+    {525, L"面板 HTTP 525", L"面板 HTTP 525（LOGIN 525）", L"面板 HTTP 525（REG 525）"},
+    {600, L"面板 HTTP 600", L"面板 HTTP 600（LOGIN 600）", L"面板 HTTP 600（REG 600）"},
+};
+
+class Statuses : public AccountTest, public ::testing::WithParamInterface<StatusCase> {
+ protected:
+  void AnswerAll(const std::string& body) const { panel.Answer("*", GetParam().status, body); }
+};
+
+TEST_P(Statuses, TransportHandsOnNumberAndBody) {
+  AnswerAll("a body");
+  std::string response = "untouched";
+  DWORD status = 0;
+  EXPECT_FALSE(
+      vpn::HttpRequest(L"GET", apiBase + L"/any", L"", "", L"", response, error, nullptr, &status));
+  EXPECT_EQ(error, GetParam().text);
+  EXPECT_EQ(status, static_cast<DWORD>(GetParam().status));
+  EXPECT_EQ(response, "a body");
+}
+
+TEST_P(Statuses, SignedInOperationsSayTheNumberWhateverThePanelSays) {
+  AnswerAll(R"({"message":"\u672a\u767b\u5f55"})");
+  vpn::XboardControlPlane plane = SignedIn();
+  vpn::AccountSession session;
+  std::vector<vpn::PlanOption> plans;
+  vpn::InviteInfo invite;
+  std::vector<vpn::ReferralRow> rows;
+  std::int32_t total = 0;
+  bool paid = true;
+  std::wstring texts[5];
+  EXPECT_FALSE(plane.fetchAccount(session, texts[0]));
+  EXPECT_FALSE(plane.fetchPlans(plans, texts[1]));
+  EXPECT_FALSE(plane.fetchInvite(invite, texts[2]));
+  EXPECT_FALSE(plane.fetchReferrals(1, rows, total, texts[3]));
+  EXPECT_FALSE(plane.checkOrderPaid(L"1", paid, texts[4]));
+  for (const std::wstring& text : texts) EXPECT_EQ(text, GetParam().text);
+}
+
+TEST_P(Statuses, PassportOperationsAddStepAndNumber) {
+  AnswerAll("");
+  vpn::XboardControlPlane plane = Restart();
+  EXPECT_FALSE(plane.login(kTypedEmail, kTypedPassword, error));
+  EXPECT_EQ(error, GetParam().loginText);
+  error.clear();
+  EXPECT_FALSE(plane.registerAccount(kTypedEmail, kTypedPassword, L"", L"", error));
+  EXPECT_EQ(error, GetParam().registerText);
+}
+
+TEST_P(Statuses, OperationsThatReadTheMessageShowIt) {
+  AnswerAll(R"({"message":"\u6682\u505c\u670d\u52a1"})");
+  deviceApi = apiBase + L"/device";
+  vpn::XboardControlPlane plane = SignedIn();
+  vpn::PurchaseResult purchase;
+  std::int32_t used = 0;
+  std::int32_t limit = 0;
+  EXPECT_FALSE(plane.purchasePlan(2, L"month_price", purchase, error));
+  EXPECT_EQ(error, L"暂停服务");
+  error.clear();
+  EXPECT_FALSE(plane.claimDevice(L"machine-1", used, limit, error));
+  EXPECT_EQ(error, L"暂停服务");
+}
+
+INSTANTIATE_TEST_SUITE_P(Each, Statuses, ::testing::ValuesIn(kStatusCases),
+                         [](const ::testing::TestParamInfo<StatusCase>& row) {
+                           return std::to_string(row.param.status);
+                         });
+
+}  // namespace
+}  // namespace e2e
