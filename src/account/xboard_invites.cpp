@@ -11,7 +11,7 @@ namespace {
 
 std::string FirstInviteCode(const std::string& response) {
   for (const std::string& row : JsonObjectArray(response, "codes")) {
-    const std::string code = JsonString(row, "code");
+    std::string code = JsonString(row, "code");
     if (!code.empty()) {
       return code;
     }
