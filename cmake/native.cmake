@@ -22,10 +22,16 @@ if(TAVRIN_COVERAGE)
   target_link_options(tavrin_core PUBLIC --coverage)
 endif()
 
+option(TAVRIN_FUZZ "The fuzz targets, and the product's code built to steer them" OFF)
+if(TAVRIN_FUZZ)
+  target_compile_options(tavrin_core PRIVATE -fsanitize=fuzzer-no-link)
+  add_subdirectory(tests/fuzz)
+endif()
+
 add_subdirectory(tests/unit)
 add_subdirectory(tests/contract)
-option(TAVRIN_FAULT_TESTS "Thousands of connects in which each platform call fails in turn" OFF)
-if(TAVRIN_FAULT_TESTS)
+# Thousands of connects, one thread each: nothing for ThreadSanitizer, which would take long over them.
+if(NOT TAVRIN_SANITIZE STREQUAL "thread")
   add_subdirectory(tests/fault)
 endif()
 

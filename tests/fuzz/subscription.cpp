@@ -1,0 +1,102 @@
+// Subscriptions and the links in them. The input is a subscription as a panel sends it.
+#include "src/panel/subscription.h"
+
+#include <algorithm>
+
+#include "src/common/text.h"
+#include "tests/fuzz/fuzz.h"
+
+using fuzz::Require;
+
+namespace {
+
+using Nodes = std::vector<vpn::NodeInfo>;
+
+Nodes Parse(const std::string& text) {
+  Nodes nodes;
+  vpn::ParseSubscription(text, nodes);
+  return nodes;
+}
+
+bool IsSame(const vpn::NodeInfo& a, const vpn::NodeInfo& b) {
+  return a.name == b.name && a.address == b.address && a.port == b.port && a.uuid == b.uuid &&
+         a.flow == b.flow && a.sni == b.sni && a.fingerprint == b.fingerprint &&
+         a.publicKey == b.publicKey && a.shortId == b.shortId;
+}
+
+bool AreSame(const Nodes& a, const Nodes& b) {
+  return std::equal(a.begin(), a.end(), b.begin(), b.end(), IsSame);
+}
+
+void CheckNodes(const Nodes& nodes) {
+  for (const vpn::NodeInfo& node : nodes) {
+    Require(!node.address.empty() && !node.uuid.empty() && !node.publicKey.empty() && node.port > 0,
+            "a node has an address, a port, an id and a key");
+    Require(!node.name.empty() && !node.flow.empty() && !node.fingerprint.empty(),
+            "name, flow and fingerprint have their defaults");
+    for (const wchar_t* marker : {L"剩余流量", L"套餐到期", L"距离下次", L"过滤掉"}) {
+      Require(node.name.find(marker) == std::wstring::npos, "notices are no nodes");
+    }
+  }
+}
+
+void CheckSubscription(const std::string& text) {
+  const Nodes nodes = Parse(text);
+  CheckNodes(nodes);
+  const std::string plain = "vless://\n" + text;  // what opens with a link is no base64
+  const Nodes all = Parse(plain);
+  CheckNodes(all);
+  Require(AreSame(Parse(fuzz::Base64(plain)), all), "base64 changes nothing");
+
+  const size_t middle = text.size() / 2;
+  const std::string front = "vless://\n" + text.substr(0, middle);
+  const std::string back = "vless://\n" + text.substr(middle);
+  Nodes joined = Parse(front);
+  vpn::ParseSubscription(back, joined);
+  Require(AreSame(Parse(front + "\r\n" + back), joined), "lines stand for themselves, in order");
+}
+
+void CheckCoding(const std::string& text) {
+  const std::string encoded = fuzz::PercentEncode(text);
+  Require(vpn::PercentDecode(encoded) == text, "what was encoded reads back");
+  Require(vpn::PercentDecode(text).size() <= text.size(), "decoding makes nothing longer");
+  Require(vpn::QueryParam("x&k=" + encoded + "&k=other", "k") == text, "the first pair counts");
+  Require(vpn::QueryParam("k%3D=1&=2&" + fuzz::PercentEncode("k") + "=3", "k") == "3",
+          "keys are decoded too");
+  std::string decoded;
+  Require(vpn::DecodeBase64(fuzz::Base64(text), decoded) == !text.empty() || text.empty(),
+          "base64 of anything is base64");
+  Require(text.empty() || decoded == text, "base64 reads back");
+}
+
+// A link that is put together from one text reads back in each of its places.
+void CheckLink(const std::string& text) {
+  const std::string value = fuzz::PercentEncode(text);
+  std::string line = "vless://a@b@[2001:db8::1]:8443?type=tcp&flow=" + value +
+                     "&sni=&servername=" + value + "&fp=" + value + "&pbk=" + value +
+                     "&sid=" + value + "#" + value + " \r\n";
+  vpn::NodeInfo node;
+  if (!vpn::ParseVlessLink(line, node)) {
+    Require(text.empty(), "only the lack of a key can refuse this link");
+    return;
+  }
+  const std::wstring wide = vpn::Utf8ToWide(text);
+  Require(node.name == wide && node.flow == wide && node.sni == wide && node.fingerprint == wide &&
+              node.publicKey == wide && node.shortId == wide,
+          "every value reads back");
+  Require(node.address == L"2001:db8::1" && node.port == 8443 && node.uuid == L"a@b",
+          "id, host and port are read by their marks");
+  Require(line.ends_with(value), "the line's end is trimmed");
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, size_t size) {
+  static fuzz::SharedMachine machine;
+  (void)machine.Get([](sim::Machine&) {});
+  const std::string text(fuzz::Bytes(data, size));
+  CheckSubscription(text);
+  CheckCoding(text);
+  CheckLink(text);
+  return 0;
+}
