@@ -14,6 +14,8 @@ namespace standins {
 
 // Names the directory; child processes inherit it.
 inline constexpr wchar_t kMachineVariable[] = L"TAVRIN_TEST_MACHINE";
+// Does the same, beside the library, for a process whose environment the test can't choose.
+inline constexpr wchar_t kMachineFile[] = L"test-machine.txt";
 
 std::wstring MachineDirectoryFromEnvironment();
 

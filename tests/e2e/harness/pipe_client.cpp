@@ -93,6 +93,10 @@ DWORD TryToConnect() {
   return ERROR_SUCCESS;
 }
 
+void WaitForListening() {
+  WaitUntil("the server listens", [] { return WaitNamedPipeW(kPipe, kPatience) != 0; });
+}
+
 std::string Ask(std::string_view request) {
   PipeClient client;
   client.Write(Frame(request));

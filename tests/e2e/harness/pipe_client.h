@@ -43,6 +43,9 @@ class PipeClient {
 // One attempt to open the pipe, closed again at once: 0, or the platform's code.
 DWORD TryToConnect();
 
+// Returns when the server waits for its next client, and so is at work no more.
+void WaitForListening();
+
 // One whole exchange: the reply's payload. Checks that the server closes behind it.
 std::string Ask(std::string_view request);
 
