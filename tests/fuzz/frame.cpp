@@ -89,11 +89,11 @@ class Judge {
 };
 
 std::string ReadRest(HANDLE pipe) {
-  std::string rest(1 << 17, '\0');
+  static std::vector<char> room(1 << 17);
   DWORD count = 0;
-  const bool any = ReadFile(pipe, rest.data(), static_cast<DWORD>(rest.size()), &count, nullptr);
-  rest.resize(any ? count : 0);
-  return rest;
+  const bool any =
+      ReadFile(pipe, room.data(), static_cast<DWORD>(room.size()), &count, nullptr) != FALSE;
+  return {room.data(), any ? count : 0};
 }
 
 }  // namespace

@@ -99,3 +99,9 @@ std::string Base64(std::string_view bytes) {
 }
 
 }  // namespace fuzz
+
+// Short stacks of allocations and a small quarantine: what they cost is most of an execution.
+extern "C" const char* __asan_default_options();
+extern "C" const char* __asan_default_options() {
+  return "malloc_context_size=4:quarantine_size_mb=1";
+}

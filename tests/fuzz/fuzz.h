@@ -39,7 +39,7 @@ class SharedMachine {
   // The machine of this execution; `prepare` runs on every new one.
   template <class Prepare>
   sim::Machine& Get(const Prepare& prepare) {
-    constexpr unsigned kExecutions = 256;
+    constexpr unsigned kExecutions = 1024;
     if (used_++ % kExecutions == 0) {
       machine_.reset();
       machine_.emplace();
