@@ -6,15 +6,36 @@
 #include "tests/standins/shared_machine.h"
 
 namespace standins {
+namespace {
+
+constexpr DWORD kHeldPause = 5;  // milliseconds
+
+bool IsHeld(const char* call) {
+  return SharedMachine().state().heldCall == call;
+}
+
+// Carries the call out in one turn at the machine; `held` tells whether it has to wait behind it.
+std::uint32_t AnswerInTurn(const char* call, const Describe& describe, const Act& act, bool& held) {
+  SharedMachine machine;
+  held = machine.state().heldCall == call;
+  netmodel::Network& network = machine.state().network;
+  const std::string line = std::string(call) + "(" + describe(network) + ") = ";
+  std::uint32_t code = TakeFault(machine.state(), call);
+  if (code == 0) code = act(network);
+  machine.Log(line + std::to_string(code));
+  return code;
+}
+
+}  // namespace
 
 std::uint32_t Answer(const char* call, const Describe& describe, const Act& act) {
   try {
-    SharedMachine machine;
-    netmodel::Network& network = machine.state().network;
-    const std::string line = std::string(call) + "(" + describe(network) + ") = ";
-    std::uint32_t code = TakeFault(machine.state(), call);
-    if (code == 0) code = act(network);
-    machine.Log(line + std::to_string(code));
+    bool held = false;
+    const std::uint32_t code = AnswerInTurn(call, describe, act, held);
+    while (held) {
+      Sleep(kHeldPause);
+      held = IsHeld(call);
+    }
     return code;
   } catch (const std::exception& failure) {
     std::fprintf(stderr, "%s: %s\n", call, failure.what());

@@ -59,6 +59,7 @@ struct MachineState {
   netmodel::Network network = netmodel::TypicalNetwork();
   std::vector<AdapterOwner> owners;
   std::vector<Fault> faults;
+  std::string heldCall;  // this platform call acts, but does not return before the text changes
   XrayBehaviour xray;
   Tun2socksBehaviour tun2socks;
   NetshBehaviour netsh;

@@ -79,13 +79,14 @@ std::size_t Machine::Starts(const std::string& image) const {
   return count;
 }
 
-HANDLE Machine::OpenLast(const std::string& image) const {
+HANDLE Machine::OpenLast(const std::string& image, DWORD furtherAccess) const {
   DWORD pid = 0;
   for (const std::string& line : standins::ReadCallLog(directory_)) {
     if (IsStartOf(line, image)) pid = std::stoul(line.substr(image.size() + 2));
   }
-  return OpenProcess(SYNCHRONIZE | PROCESS_TERMINATE | PROCESS_QUERY_LIMITED_INFORMATION, FALSE,
-                     pid);
+  return OpenProcess(
+      SYNCHRONIZE | PROCESS_TERMINATE | PROCESS_QUERY_LIMITED_INFORMATION | furtherAccess, FALSE,
+      pid);
 }
 
 std::vector<std::string> RouteTexts(const netmodel::Network& network) {

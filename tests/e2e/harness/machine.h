@@ -34,7 +34,7 @@ class Machine {
   // How often the child has been started, by image name.
   std::size_t Starts(const std::string& image) const;
   // A handle on the last child of this image, which the caller closes; null when it is gone.
-  HANDLE OpenLast(const std::string& image) const;
+  HANDLE OpenLast(const std::string& image, DWORD furtherAccess = 0) const;
 
  private:
   std::wstring directory_;

@@ -42,7 +42,7 @@ ServiceProcess::ServiceProcess(const std::wstring& executable, const std::wstrin
   startup.cb = sizeof(startup);
   startup.dwFlags = STARTF_USESTDHANDLES;
   startup.hStdOutput = InheritableOutput(outputPath);
-  startup.hStdError = startup.hStdOutput;
+  startup.hStdError = InheritableOutput(outputPath + kErrorsEnding);
   PROCESS_INFORMATION started{};
   std::wstring commandLine = L"\"" + executable + L"\" " + arguments;
   const bool created = CreateProcessW(executable.c_str(), commandLine.data(), nullptr, nullptr,
@@ -50,6 +50,7 @@ ServiceProcess::ServiceProcess(const std::wstring& executable, const std::wstrin
                                       &startup, &started) != 0;
   const DWORD code = GetLastError();
   CloseHandle(startup.hStdOutput);
+  CloseHandle(startup.hStdError);
   Apply(kNeutral);
   if (!created) throw std::runtime_error("cannot start the service err=" + std::to_string(code));
   process_ = started.hProcess;

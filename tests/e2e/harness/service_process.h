@@ -14,10 +14,13 @@ namespace e2e {
 // For the started process only; an empty value leaves the variable unset.
 using Environment = std::vector<std::pair<std::wstring, std::wstring>>;
 
+inline constexpr wchar_t kErrorsEnding[] = L".errors";
+
 class ServiceProcess {
  public:
   // `arguments` is the command line behind the quoted path of the executable. What the process
-  // prints goes to `outputPath`.
+  // prints goes to `outputPath`, and to the same with `kErrorsEnding` what goes to the error
+  // stream.
   ServiceProcess(const std::wstring& executable, const std::wstring& arguments,
                  const Environment& environment, const std::wstring& outputPath);
   ~ServiceProcess();

@@ -6,6 +6,14 @@
 #include "tests/e2e/harness/waiting.h"
 
 namespace e2e {
+namespace {
+
+std::string WithoutReturns(std::string text) {
+  std::erase(text, '\r');
+  return text;
+}
+
+}  // namespace
 
 std::string Refusal(const std::string& text, bool running) {
   return std::string("{\"ok\":false,\"running\":") + (running ? "true" : "false") +
@@ -50,9 +58,11 @@ void ServiceTest::ShutDown() {
 }
 
 std::string ServiceTest::Output() const {
-  std::string text = ReadText(OutputPath());
-  std::erase(text, '\r');
-  return text;
+  return WithoutReturns(ReadText(OutputPath()));
+}
+
+std::string ServiceTest::Errors() const {
+  return WithoutReturns(ReadText(OutputPath() + kErrorsEnding));
 }
 
 std::vector<std::string> ServiceTest::TraceLabels() const {

@@ -37,8 +37,9 @@ class ServiceTest : public ::testing::Test {
   // By the operation; expects exit code 0.
   void ShutDown();
   ServiceProcess& service() { return *service_; }
-  // What the last process started has printed, without carriage returns.
+  // What the last process started has printed on either stream, without carriage returns.
   std::string Output() const;
+  std::string Errors() const;
   std::vector<std::string> ServiceLog() const { return ReadLines(box.serviceLog()); }
   // The labels of the trace, one for each line, and checks the form of the lines.
   std::vector<std::string> TraceLabels() const;
