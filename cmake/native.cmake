@@ -28,6 +28,11 @@ if(TAVRIN_FUZZ)
   add_subdirectory(tests/fuzz)
 endif()
 
+option(TAVRIN_BENCH "The benchmarks; Google Benchmark is wanted for them alone" OFF)
+if(TAVRIN_BENCH)
+  add_subdirectory(tests/bench)
+endif()
+
 add_subdirectory(tests/unit)
 add_subdirectory(tests/contract)
 # Thousands of connects, one thread each: nothing for ThreadSanitizer, which would take long over them.

@@ -1,0 +1,10 @@
+#!/usr/bin/env bash
+# bench.sh [OPTION...]: builds the benchmarks optimised and runs them, with Google Benchmark's options.
+# `copies` is the time in plain copies of the same bytes; each group ends with its growth.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+scripts/install_packages.sh libbenchmark-dev
+mkdir -p build
+{ cmake --preset bench && cmake --build --preset bench; } >build/bench-build.log 2>&1 ||
+  { tail -n 60 build/bench-build.log; exit 1; }
+exec build/bench/tests/bench/tavrin_bench --benchmark_counters_tabular=true "$@"
