@@ -9,11 +9,12 @@ namespace e2e {
 
 // The stand-in for netsh, told to hang. It takes no second look at what it was told.
 Owner::Owner(const Sandbox& box, const Machine& machine) {
+  const std::size_t before = machine.Starts("netsh.exe");
   machine.Edit([](standins::MachineState& state) { state.netsh.hangsOn = "owner"; });
   process_ = StartProgram(box.service() + L"\\netsh.exe", L"owner", box.service(),
                           {{L"TAVRIN_TEST_MACHINE", box.machine()}});
   pid_ = GetProcessId(process_);
-  WaitUntil("the owner is up", [&machine] { return machine.Starts("netsh.exe") > 0; });
+  WaitUntil("the owner is up", [&] { return machine.Starts("netsh.exe") > before; });
   machine.Edit([](standins::MachineState& state) { state.netsh.hangsOn.clear(); });
   machine.ForgetCalls();
 }
