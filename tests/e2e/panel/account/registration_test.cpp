@@ -184,5 +184,31 @@ TEST_F(Registration, ResetThatWorksThoughTheLoginDoesNot) {
   EXPECT_EQ(panel.User()["password"], "new");
 }
 
+TEST_F(Registration, PanelThatIsDown) {
+  apiBase = standins::ToWide(panel.nowhere());
+  vpn::XboardControlPlane plane = Restart();
+  vpn::RegisterConfig config;
+  EXPECT_FALSE(plane.fetchRegisterConfig(config, error));
+  EXPECT_EQ(error, L"无法连上面板服务器。（CFG 12029）");
+  error.clear();
+  EXPECT_FALSE(plane.sendEmailCode(kNewEmail, error));
+  EXPECT_EQ(error, L"无法连上面板服务器。（SEND 12029）");
+  error.clear();
+  EXPECT_FALSE(RegisterNew(plane));
+  EXPECT_EQ(error, L"无法连上面板服务器。（REG 12029）");
+  error.clear();
+  EXPECT_FALSE(plane.resetPassword(kTypedEmail, L"123456", L"brand-new", error));
+  EXPECT_EQ(error, L"无法连上面板服务器。（RESET 12029）");
+}
+
+TEST_F(Registration, AnswerThatHoldsNothingHasALineOfItsOwn) {
+  panel.Answer("/api/v1/passport/auth/register", 200, R"({"data":true})");
+  panel.Answer("/api/v1/passport/auth/login", 200, "{}");
+  vpn::XboardControlPlane plane = Restart();
+  EXPECT_FALSE(RegisterNew(plane));
+  EXPECT_EQ(error, L"注册失败（REG 200）");
+  EXPECT_FALSE(Exists(sessionPath));
+}
+
 }  // namespace
 }  // namespace e2e

@@ -11,18 +11,30 @@ struct StatusCase {
   const wchar_t* text;
   const wchar_t* loginText;
   const wchar_t* registerText;
+  const wchar_t* configText;
+  const wchar_t* codeText;
+  const wchar_t* resetText;
 };
 
 constexpr StatusCase kStatusCases[] = {
-    {401, L"面板 HTTP 401", L"面板 HTTP 401（LOGIN 401）", L"面板 HTTP 401（REG 401）"},
-    {403, L"面板 HTTP 403", L"面板 HTTP 403（LOGIN 403）", L"面板 HTTP 403（REG 403）"},
-    {404, L"面板 HTTP 404", L"面板 HTTP 404（LOGIN 404）", L"面板 HTTP 404（REG 404）"},
-    {429, L"面板 HTTP 429", L"面板 HTTP 429（LOGIN 429）", L"面板 HTTP 429（REG 429）"},
-    {500, L"面板 HTTP 500", L"面板 HTTP 500（LOGIN 500）", L"面板 HTTP 500（REG 500）"},
-    {502, L"面板 HTTP 502", L"面板 HTTP 502（LOGIN 502）", L"面板 HTTP 502（REG 502）"},
-    {521, L"面板 HTTP 521", L"面板 HTTP 521（LOGIN 521）", L"面板 HTTP 521（REG 521）"},
-    {525, L"面板 HTTP 525", L"面板 HTTP 525（LOGIN 525）", L"面板 HTTP 525（REG 525）"},
-    {600, L"面板 HTTP 600", L"面板 HTTP 600（LOGIN 600）", L"面板 HTTP 600（REG 600）"},
+    {401, L"面板 HTTP 401", L"面板 HTTP 401（LOGIN 401）", L"面板 HTTP 401（REG 401）",
+     L"面板 HTTP 401（CFG 401）", L"面板 HTTP 401（SEND 401）", L"面板 HTTP 401（RESET 401）"},
+    {403, L"面板 HTTP 403", L"面板 HTTP 403（LOGIN 403）", L"面板 HTTP 403（REG 403）",
+     L"面板 HTTP 403（CFG 403）", L"面板 HTTP 403（SEND 403）", L"面板 HTTP 403（RESET 403）"},
+    {404, L"面板 HTTP 404", L"面板 HTTP 404（LOGIN 404）", L"面板 HTTP 404（REG 404）",
+     L"面板 HTTP 404（CFG 404）", L"面板 HTTP 404（SEND 404）", L"面板 HTTP 404（RESET 404）"},
+    {429, L"面板 HTTP 429", L"面板 HTTP 429（LOGIN 429）", L"面板 HTTP 429（REG 429）",
+     L"面板 HTTP 429（CFG 429）", L"面板 HTTP 429（SEND 429）", L"面板 HTTP 429（RESET 429）"},
+    {500, L"面板 HTTP 500", L"面板 HTTP 500（LOGIN 500）", L"面板 HTTP 500（REG 500）",
+     L"面板 HTTP 500（CFG 500）", L"面板 HTTP 500（SEND 500）", L"面板 HTTP 500（RESET 500）"},
+    {502, L"面板 HTTP 502", L"面板 HTTP 502（LOGIN 502）", L"面板 HTTP 502（REG 502）",
+     L"面板 HTTP 502（CFG 502）", L"面板 HTTP 502（SEND 502）", L"面板 HTTP 502（RESET 502）"},
+    {521, L"面板 HTTP 521", L"面板 HTTP 521（LOGIN 521）", L"面板 HTTP 521（REG 521）",
+     L"面板 HTTP 521（CFG 521）", L"面板 HTTP 521（SEND 521）", L"面板 HTTP 521（RESET 521）"},
+    {525, L"面板 HTTP 525", L"面板 HTTP 525（LOGIN 525）", L"面板 HTTP 525（REG 525）",
+     L"面板 HTTP 525（CFG 525）", L"面板 HTTP 525（SEND 525）", L"面板 HTTP 525（RESET 525）"},
+    {600, L"面板 HTTP 600", L"面板 HTTP 600（LOGIN 600）", L"面板 HTTP 600（REG 600）",
+     L"面板 HTTP 600（CFG 600）", L"面板 HTTP 600（SEND 600）", L"面板 HTTP 600（RESET 600）"},
 };
 
 class Statuses : public AccountTest, public ::testing::WithParamInterface<StatusCase> {
@@ -67,6 +79,16 @@ TEST_P(Statuses, PassportOperationsAddStepAndNumber) {
   error.clear();
   EXPECT_FALSE(plane.registerAccount(kTypedEmail, kTypedPassword, L"", L"", error));
   EXPECT_EQ(error, GetParam().registerText);
+  vpn::RegisterConfig config;
+  error.clear();
+  EXPECT_FALSE(plane.fetchRegisterConfig(config, error));
+  EXPECT_EQ(error, GetParam().configText);
+  error.clear();
+  EXPECT_FALSE(plane.sendEmailCode(kTypedEmail, error));
+  EXPECT_EQ(error, GetParam().codeText);
+  error.clear();
+  EXPECT_FALSE(plane.resetPassword(kTypedEmail, L"123456", kTypedPassword, error));
+  EXPECT_EQ(error, GetParam().resetText);
 }
 
 TEST_P(Statuses, OperationsThatReadTheMessageShowIt) {
