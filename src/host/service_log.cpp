@@ -1,6 +1,7 @@
 #include "src/host/service_log.h"
 
 #include <windows.h>
+#include <io.h>
 #include <share.h>
 
 #include <cstdio>
@@ -16,6 +17,49 @@ namespace {
 // Makes lines whole across the threads of this process, console echo included. A leaf: nothing
 // else is taken while it is held.
 Mutex LogLock;
+
+constexpr int kTurnAttempts = 100;  // a millisecond apart
+
+// One byte that no log ever reaches, so that a reader never meets the lock on it.
+OVERLAPPED TurnByte() {
+  OVERLAPPED place = {};
+  place.OffsetHigh = 0x7FFFFFFF;
+  return place;
+}
+
+// The runtime appends in two steps, the way to the file's end and the writing, and a long line in
+// several writes: between them another process's line would be overwritten or torn. Waiting has an
+// end, since whoever can read the log can also hold the byte; the line is then written all the
+// same.
+bool TakeTurn(HANDLE file) {
+  for (int attempt = 0; attempt < kTurnAttempts; ++attempt) {
+    OVERLAPPED place = TurnByte();
+    if (LockFileEx(file, LOCKFILE_EXCLUSIVE_LOCK | LOCKFILE_FAIL_IMMEDIATELY, 0, 1, 0, &place) !=
+        FALSE) {
+      return true;
+    }
+    if (GetLastError() != ERROR_LOCK_VIOLATION) {
+      return false;  // a file system without locks
+    }
+    Sleep(1);
+  }
+  return false;
+}
+
+void EndTurn(HANDLE file) {
+  OVERLAPPED place = TurnByte();
+  (void)UnlockFileEx(file, 0, 1, 0, &place);  // at the latest, closing the file does it
+}
+
+void Append(std::FILE* file, const std::string& bytes) {
+  const HANDLE handle = reinterpret_cast<HANDLE>(_get_osfhandle(_fileno(file)));
+  const bool hasTurn = TakeTurn(handle);
+  (void)std::fwrite(bytes.data(), 1, bytes.size(), file);
+  (void)std::fflush(file);  // within the turn
+  if (hasTurn) {
+    EndTurn(handle);
+  }
+}
 
 // The message up to its first NUL; a lone terminator counts as empty.
 std::string LogBytes(const std::wstring& message) {
@@ -42,9 +86,10 @@ void WriteLog(const std::wstring& message) {
   if (!file) {
     return;
   }
-  // Terminator replaced by the line feed, so that a line is one write.
   const std::string bytes = LogBytes(message);
-  (void)std::fwrite(bytes.data(), 1, bytes.size(), file.get());
+  if (!bytes.empty()) {
+    Append(file.get(), bytes);
+  }
 }
 
 }  // namespace vpn

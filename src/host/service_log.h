@@ -7,8 +7,9 @@
 namespace vpn {
 
 // Appends one line to "tavrin-service.log" in `RuntimeDir`, and echoes it to the console when
-// `ConsoleEcho` is set. Whole lines across threads; nothing that goes wrong reaches the caller. The
-// file's line ends at the first NUL; an empty message writes nothing to the file.
+// `ConsoleEcho` is set. Whole lines across threads, and across processes that use this function;
+// nothing that goes wrong reaches the caller. The file's line ends at the first NUL; an empty
+// message writes nothing to the file.
 void WriteLog(const std::wstring& message);
 
 }  // namespace vpn

@@ -95,6 +95,11 @@ void Files::SetLocked(const std::wstring& path, bool locked) {
   Find(path)->locked = locked;
 }
 
+void Files::SetRangeLocked(const std::wstring& path, bool locked) {
+  const MachineLock lock = core_.Lock();
+  Find(path)->rangeHolder = locked ? this : nullptr;
+}
+
 void Files::SetReadOnly(const std::wstring& path, bool readOnly) {
   const MachineLock lock = core_.Lock();
   Find(path)->readOnly = readOnly;

@@ -25,6 +25,8 @@ struct FileNode {
   int writers = 0;
   int denyRead = 0;
   int denyWrite = 0;
+  // Who holds the one byte range that the machine knows: a stream, or another program.
+  const void* rangeHolder = nullptr;
 };
 
 class Files {
@@ -41,6 +43,7 @@ class Files {
   // Names (full paths, UTF-8) of every file below a directory, sorted.
   std::vector<std::string> List(const std::wstring& directory) const;
   void SetLocked(const std::wstring& path, bool locked);
+  void SetRangeLocked(const std::wstring& path, bool locked);  // by another program
   void SetReadOnly(const std::wstring& path, bool readOnly);
   void SetWritesFail(const std::wstring& path, bool fail);
 

@@ -68,9 +68,13 @@ int CloseCookie(void* cookie) {
   return 0;
 }
 
-// Moves the open counts of the file by what the stream does and denies.
+// Moves the open counts of the file by what the stream does and denies. A lock goes with its
+// stream.
 void Count(Stream& stream, int step) {
   FileNode& node = *stream.node;
+  if (step < 0 && node.rangeHolder == &stream) {
+    node.rangeHolder = nullptr;
+  }
   (stream.mode.write ? node.writers : node.readers) += step;
   node.denyRead += stream.sharing.denyRead ? step : 0;
   node.denyWrite += stream.sharing.denyWrite ? step : 0;
@@ -115,6 +119,7 @@ int Streams::Open(const std::wstring& path, const OpenMode& mode, Sharing sharin
   }
   stream->mode = mode;
   stream->sharing = sharing;
+  stream->descriptor = nextDescriptor_++;
   Count(*stream, 1);
   if (mode.truncate) {
     stream->node->content.clear();
@@ -152,6 +157,14 @@ std::FILE* Streams::Attach(std::unique_ptr<Stream> stream, OpenItem item) {
 Stream* Streams::Find(std::FILE* file) {
   const MachineLock lock = core_.Lock();
   const auto found = open_.find(file);
+  return found == open_.end() ? nullptr : found->second.stream.get();
+}
+
+Stream* Streams::FindByDescriptor(int descriptor) {
+  const MachineLock lock = core_.Lock();
+  const auto found = std::find_if(open_.begin(), open_.end(), [descriptor](const auto& entry) {
+    return entry.second.stream->node && entry.second.stream->descriptor == descriptor;
+  });
   return found == open_.end() ? nullptr : found->second.stream.get();
 }
 

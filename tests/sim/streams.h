@@ -38,6 +38,7 @@ struct Stream {
   OpenMode mode;
   Sharing sharing;
   size_t position = 0;
+  int descriptor = 0;
   wchar_t highSurrogate = 0;  // one that waits for its other half
 };
 
@@ -52,6 +53,7 @@ class Streams {
   std::FILE* OpenConsole(std::string* sink);
   // Null for a FILE* that is not of this machine.
   Stream* Find(std::FILE* file);
+  Stream* FindByDescriptor(int descriptor);
   // One unit of wide text; false when it can't be written.
   bool PutUnit(Stream& stream, wchar_t unit);
   void DropAllOf(std::uint32_t processId);
@@ -73,6 +75,7 @@ class Streams {
   Core& core_;
   Files& files_;
   std::vector<std::string>& violations_;
+  int nextDescriptor_ = 3;
   std::map<std::FILE*, Entry> open_;
   // Gone with the machine, so that a FILE* that a dead process left open does no harm then.
   std::shared_ptr<Streams*> self_ = std::make_shared<Streams*>(this);

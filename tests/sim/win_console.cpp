@@ -111,6 +111,10 @@ std::FILE* sim_stderr() {
 
 int _fileno(std::FILE* file) {
   const std::shared_ptr<sim::Machine> machine = sim::Machine::Current();
+  const sim::Stream* const stream = machine ? machine->streams.Find(file) : nullptr;
+  if (stream != nullptr && stream->node) {
+    return stream->descriptor;
+  }
   if (!machine || !IsConsole(*machine, file) || !machine->console.attached) {
     return kNoDescriptor;
   }

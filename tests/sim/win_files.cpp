@@ -4,9 +4,11 @@
 #include "tests/sim/text.h"
 
 #include <windows.h>
+#include <io.h>
 
 #include <algorithm>
 
+using sim::Arg;
 using sim::Call;
 
 namespace {
@@ -32,12 +34,56 @@ DWORD FillText(const std::wstring& text, LPWSTR buffer, DWORD size) {
   return static_cast<DWORD>(text.size());
 }
 
+// What stands for the handle behind a stream: its descriptor, beyond every real handle's value.
+constexpr std::intptr_t kStreamHandles = 0x70000000;
+
+sim::Stream* StreamBehind(const Call& call, HANDLE file) {
+  const std::intptr_t value = reinterpret_cast<std::intptr_t>(file) - kStreamHandles;
+  return call->streams.FindByDescriptor(static_cast<int>(value));
+}
+
 struct FindObject : sim::Object {
   sim::Family family() const override { return sim::Family::kFind; }
   std::string Describe() const override { return "find handle"; }
 };
 
 }  // namespace
+
+std::intptr_t _get_osfhandle(int descriptor) {
+  return kStreamHandles + descriptor;
+}
+
+// One range of a file at a time; whoever holds it, holds all of it.
+BOOL LockFileEx(HANDLE file, DWORD flags, DWORD /*reserved*/, DWORD countLow, DWORD /*countHigh*/,
+                OVERLAPPED* place) {
+  Call call("LockFileEx", {flags, countLow, Arg::OfHex(place->OffsetHigh)});
+  if (call.failed()) {
+    return call.Fail(FALSE);
+  }
+  const sim::Stream* const stream = StreamBehind(call, file);
+  if (stream == nullptr) {
+    return call.Fail(FALSE, ERROR_INVALID_HANDLE);
+  }
+  if (stream->node->rangeHolder != nullptr) {
+    return call.Fail(FALSE, ERROR_LOCK_VIOLATION);
+  }
+  stream->node->rangeHolder = stream;
+  return TRUE;
+}
+
+BOOL UnlockFileEx(HANDLE file, DWORD /*reserved*/, DWORD countLow, DWORD /*countHigh*/,
+                  OVERLAPPED* place) {
+  Call call("UnlockFileEx", {countLow, Arg::OfHex(place->OffsetHigh)});
+  if (call.failed()) {
+    return call.Fail(FALSE);
+  }
+  const sim::Stream* const stream = StreamBehind(call, file);
+  if (stream == nullptr || stream->node->rangeHolder != stream) {
+    return call.Fail(FALSE, stream == nullptr ? ERROR_INVALID_HANDLE : ERROR_NOT_LOCKED);
+  }
+  stream->node->rangeHolder = nullptr;
+  return TRUE;
+}
 
 BOOL DeleteFileW(LPCWSTR name) {
   Call call("DeleteFileW", {name});

@@ -154,6 +154,57 @@ TEST_F(ServiceLog, FileCanBeReadAndAppendedToByOthersMeanwhile) {
   EXPECT_EQ(Log(), "one\ntwo\nother process\nthree\n");
 }
 
+// Two processes append to one file, and the runtime's append is no single step.
+TEST_F(ServiceLog, LineIsWrittenInATurnOnAByteThatNoReaderMeets) {
+  std::string inTurn = "not seen";
+  machine.faults.Before("UnlockFileEx", 1, [&] { inTurn = Log(); });
+  WriteLog(L"one");
+  EXPECT_EQ(
+      machine.calls.Sequence({"_wfsopen", "LockFileEx", "UnlockFileEx"}),
+      (std::vector<std::string>{R"(_wfsopen "C:\run\tavrin-service.log", "ab", 64)",
+                                "LockFileEx 3, 1, 0x7FFFFFFF", "UnlockFileEx 1, 0x7FFFFFFF"}));
+  EXPECT_EQ(inTurn, "one\n");
+}
+
+TEST_F(ServiceLog, EmptyMessageTakesNoTurn) {
+  WriteLog(L"");
+  EXPECT_EQ(machine.calls.Count("LockFileEx"), 0u);
+}
+
+TEST_F(ServiceLog, LineWaitsForTheTurnOfAnotherProcess) {
+  machine.files.Put(L"C:\\run\\tavrin-service.log", "half a ");
+  machine.files.SetRangeLocked(L"C:\\run\\tavrin-service.log", true);
+  machine.clock.After(30, [&] {
+    machine.files.Put(L"C:\\run\\tavrin-service.log", "half a line\n");
+    machine.files.SetRangeLocked(L"C:\\run\\tavrin-service.log", false);
+  });
+  const std::uint64_t before = machine.clock.Now();
+  WriteLog(L"one");
+  EXPECT_EQ(Log(), "half a line\none\n");
+  EXPECT_EQ(machine.clock.Now() - before, 30u);
+}
+
+// Whoever can read the log could hold its turns for ever.
+TEST_F(ServiceLog, TurnThatNeverComesCostsATenthOfASecondAndTheLineIsWritten) {
+  machine.files.Put(L"C:\\run\\tavrin-service.log", "old\n");
+  machine.files.SetRangeLocked(L"C:\\run\\tavrin-service.log", true);
+  const std::uint64_t before = machine.clock.Now();
+  WriteLog(L"one");
+  EXPECT_EQ(Log(), "old\none\n");
+  EXPECT_EQ(machine.clock.Now() - before, 100u);
+  EXPECT_EQ(machine.calls.Count("LockFileEx"), 100u);
+  EXPECT_EQ(machine.calls.Count("UnlockFileEx"), 0u) << "it is the other's";
+}
+
+TEST_F(ServiceLog, FileSystemWithoutLocksTakesTheLineAtOnce) {
+  machine.faults.FailAlways("LockFileEx", ERROR_NOT_SUPPORTED);
+  const std::uint64_t before = machine.clock.Now();
+  WriteLog(L"one");
+  EXPECT_EQ(Log(), "one\n");
+  EXPECT_EQ(machine.clock.Now(), before);
+  EXPECT_EQ(machine.calls.Count("LockFileEx"), 1u);
+}
+
 TEST_F(ServiceLog, SecondThreadWaitsWithItsEchoUntilTheFirstLineIsInTheFile) {
   ConsoleEcho = 1;
   std::thread second;

@@ -19,6 +19,8 @@
 #define OPEN_EXISTING 3
 #define OPEN_ALWAYS 4
 #define TRUNCATE_EXISTING 5
+#define LOCKFILE_FAIL_IMMEDIATELY 0x00000001u
+#define LOCKFILE_EXCLUSIVE_LOCK 0x00000002u
 
 #define PIPE_ACCESS_INBOUND 0x00000001u
 #define PIPE_ACCESS_OUTBOUND 0x00000002u
@@ -61,6 +63,9 @@ HANDLE CreateFileW(LPCWSTR name, DWORD access, DWORD share, SECURITY_ATTRIBUTES*
 BOOL ReadFile(HANDLE file, LPVOID buffer, DWORD count, DWORD* read, OVERLAPPED* overlapped);
 BOOL WriteFile(HANDLE file, LPCVOID buffer, DWORD count, DWORD* written, OVERLAPPED* overlapped);
 BOOL FlushFileBuffers(HANDLE file);
+BOOL LockFileEx(HANDLE file, DWORD flags, DWORD reserved, DWORD countLow, DWORD countHigh,
+                OVERLAPPED* place);
+BOOL UnlockFileEx(HANDLE file, DWORD reserved, DWORD countLow, DWORD countHigh, OVERLAPPED* place);
 BOOL DeleteFileW(LPCWSTR name);
 DWORD GetFileAttributesW(LPCWSTR name);
 HANDLE FindFirstFileW(LPCWSTR pattern, WIN32_FIND_DATAW* data);
