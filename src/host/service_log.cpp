@@ -52,7 +52,7 @@ void EndTurn(HANDLE file) {
 }
 
 void Append(std::FILE* file, const std::string& bytes) {
-  const HANDLE handle = reinterpret_cast<HANDLE>(_get_osfhandle(_fileno(file)));
+  auto* const handle = reinterpret_cast<HANDLE>(_get_osfhandle(_fileno(file)));
   const bool hasTurn = TakeTurn(handle);
   (void)std::fwrite(bytes.data(), 1, bytes.size(), file);
   (void)std::fflush(file);  // within the turn
