@@ -1,10 +1,16 @@
 #!/usr/bin/env bash
 # Installs what is missing, builds both worlds and runs every test; ends at the first kind that
-# fails. With --coverage: the coverage of src/ by the native tests instead.
+# fails. With --soak the rounds of the soaks are 300 under Wine and 100,000 simulated. With
+# --coverage: the coverage of src/ by the native tests instead.
 set -euo pipefail
 cd "$(dirname "$0")"
 
-[ "${1:-}" != --coverage ] || exec scripts/coverage.sh
+case "${1:-}" in
+  '') ;;
+  --soak) export TAVRIN_SOAK_ROUNDS=300 TAVRIN_SIMULATED_SOAK_ROUNDS=100000 ;;
+  --coverage) exec scripts/coverage.sh ;;
+  *) echo "usage: ./test.sh [--soak | --coverage]" >&2; exit 2 ;;
+esac
 
 stage() { printf '\n==== %s\n' "$*"; }
 
@@ -35,6 +41,9 @@ grep -h "fallible calls" build/native/Testing/Temporary/LastTest.log
 stage "Simulated world under ThreadSanitizer"
 build native-tsan
 ctest --preset native-tsan
+
+stage "Fuzzing, 30 seconds a target"
+scripts/fuzz.sh
 
 stage "Real world: contract and end-to-end tests of the shipping executable under Wine"
 build windows
