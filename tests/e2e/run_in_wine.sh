@@ -8,6 +8,10 @@ export WINEPREFIX="$prefix" DISPLAY= WINEDEBUG=-all WINEDLLOVERRIDES="iphlpapi=n
 mkdir -p "$prefix"
 (
   flock 9
-  [ -e "$prefix/system.reg" ] || wine wineboot -i >"$prefix/wineboot.log" 2>&1
+  if [ ! -e "$prefix/system.reg" ]; then
+    wine wineboot -i >"$prefix/wineboot.log" 2>&1
+    # The service manager of the session that made the prefix can't start a service of ours.
+    wineserver -w
+  fi
 ) 9>"$prefix/lock"
 exec wine "$@"

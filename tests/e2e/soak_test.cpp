@@ -5,6 +5,7 @@
 #include "tests/e2e/harness/expect.h"
 #include "tests/e2e/harness/process_figures.h"
 #include "tests/e2e/harness/service_test.h"
+#include "tests/standins/text.h"
 
 namespace e2e {
 namespace {
@@ -30,6 +31,24 @@ class Soak : public ServiceTest {
     return FiguresOf(service().pid());
   }
 };
+
+// Figures that never move would show no leak.
+TEST_F(Soak, FiguresFollowWhatAProcessHolds) {
+  const DWORD self = GetCurrentProcessId();
+  const std::size_t before = FiguresOf(self).handles;
+  const std::size_t memoryBefore = FiguresOf(self).privateBytes;
+  const std::wstring path = box.runtime() + L"\\account.json";
+  const HANDLE file = CreateFileW(path.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE,
+                                  nullptr, OPEN_EXISTING, 0, nullptr);
+  ASSERT_NE(file, INVALID_HANDLE_VALUE);
+  EXPECT_EQ(FiguresOf(self).handles, before + 1);
+  EXPECT_EQ(OpenFilesBelow(box.runtime()), Lines{standins::ToUtf8(path)});
+  CloseHandle(file);
+  EXPECT_EQ(FiguresOf(self).handles, before);
+  std::vector<char> block(4 * kMemorySlack, 'x');
+  EXPECT_EQ(block[kMemorySlack], 'x');
+  EXPECT_GT(FiguresOf(self).privateBytes, memoryBefore + 2 * kMemorySlack);
+}
 
 TEST_F(Soak, LastRoundHoldsWhatTheTenthHeld) {
   const int rounds = Rounds();
