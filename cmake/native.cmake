@@ -21,7 +21,8 @@ add_subdirectory(tests/sim)  # gives the target tavrin_sim
 add_library(tavrin_core STATIC ${TAVRIN_SOURCES})
 target_link_libraries(tavrin_core PUBLIC tavrin_options tavrin_sim)
 if(TAVRIN_COVERAGE)
-  target_compile_options(tavrin_core PRIVATE --coverage -O0)
+  # Without the clean-up paths of exceptions, which the product neither throws nor catches.
+  target_compile_options(tavrin_core PRIVATE --coverage -O0 -fno-exceptions)
   target_link_options(tavrin_core PUBLIC --coverage)
 endif()
 

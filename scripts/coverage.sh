@@ -9,10 +9,11 @@ cmake --preset coverage >build/coverage.log
 cmake --build --preset coverage >build/coverage.log 2>&1 || { tail -n 60 build/coverage.log; exit 1; }
 find build/coverage -name '*.gcda' -delete
 ctest --preset coverage >build/coverage-tests.log || { tail -n 60 build/coverage-tests.log; exit 1; }
-gcovr --root . --filter 'src/' --exclude-throw-branches --exclude-unreachable-branches \
-  --object-directory build/coverage --txt build/coverage.txt --html-details build/coverage/report.html
+report() {
+  gcovr --root . --filter 'src/' --exclude-throw-branches --exclude-unreachable-branches \
+    build/coverage "$@"
+}
+report --txt build/coverage.txt --html-details build/coverage/report.html
 cat build/coverage.txt
-gcovr --root . --filter 'src/' --exclude-throw-branches --exclude-unreachable-branches \
-  --object-directory build/coverage --branches --txt build/coverage-branches.txt \
-  --fail-under-line 100 --fail-under-branch 95
+report --branches --txt build/coverage-branches.txt --fail-under-line 100 --fail-under-branch 95
 tail -n 5 build/coverage-branches.txt
