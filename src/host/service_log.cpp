@@ -18,7 +18,7 @@ namespace {
 // else is taken while it is held.
 Mutex LogLock;
 
-constexpr int kTurnAttempts = 100;  // a millisecond apart
+constexpr int kTurnAttempts = 100;  // a millisecond apart, or a tick of the system clock
 
 // One byte that no log ever reaches, so that a reader never meets the lock on it.
 OVERLAPPED TurnByte() {
