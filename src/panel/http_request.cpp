@@ -111,8 +111,8 @@ SharedInternetHandle OpenSession() {
   constexpr int kConnect = 12000;
   constexpr int kSend = 15000;
   constexpr int kReceive = 20000;
-  HINTERNET session = WinHttpOpen(kUserAgent, WINHTTP_ACCESS_TYPE_NO_PROXY,
-                                        WINHTTP_NO_PROXY_NAME, WINHTTP_NO_PROXY_BYPASS, 0);
+  HINTERNET session = WinHttpOpen(kUserAgent, WINHTTP_ACCESS_TYPE_NO_PROXY, WINHTTP_NO_PROXY_NAME,
+                                  WINHTTP_NO_PROXY_BYPASS, 0);
   if (session == nullptr) {
     return nullptr;
   }
