@@ -79,7 +79,7 @@ constexpr ApiEntry kTable[] = {
     Last("ReadFile", ERROR_BROKEN_PIPE),
     Last("WriteFile", ERROR_NO_DATA),
     Last("FlushFileBuffers", ERROR_BROKEN_PIPE),
-    Named("LockFileEx", ERROR_INVALID_FUNCTION),
+    Last("LockFileEx", ERROR_INVALID_FUNCTION),
     Named("UnlockFileEx", ERROR_NOT_LOCKED),
     Last("DeleteFileW", ERROR_ACCESS_DENIED),
     Last("GetFileAttributesW", ERROR_ACCESS_DENIED),
