@@ -37,6 +37,7 @@ if(TAVRIN_BENCH)
   add_subdirectory(tests/bench)
 endif()
 
+add_subdirectory(client)
 add_subdirectory(tests/unit)
 add_subdirectory(tests/contract)
 # Thousands of connects, one thread each: nothing for ThreadSanitizer, which would take long over them.

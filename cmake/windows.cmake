@@ -21,7 +21,7 @@ set_target_properties(TavrinService PROPERTIES
   RUNTIME_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}"
   LINK_DEPENDS "${PROJECT_SOURCE_DIR}/packaging/TavrinService.manifest")
 
-add_subdirectory(tools)
+add_subdirectory(client)
 
 # GoogleTest from Debian's source package, cross-compiled.
 set(CMAKE_POLICY_DEFAULT_CMP0077 NEW)  # or it overrides the two settings below

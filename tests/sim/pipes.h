@@ -70,6 +70,8 @@ struct PipeClientEnd : Object {
   std::uint32_t Read(char* buffer, std::uint32_t size, std::uint32_t* count);
   std::uint32_t Write(const char* bytes, std::uint32_t size, std::uint32_t* count);
   std::uint32_t Flush();
+  // How many bytes wait to be read.
+  std::uint32_t Peek(std::uint32_t* available) const;
   void Close();
 };
 

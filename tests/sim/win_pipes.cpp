@@ -161,6 +161,16 @@ BOOL DisconnectNamedPipe(HANDLE pipe) {
   return Finish(call, error);
 }
 
+BOOL PeekNamedPipe(HANDLE pipe, LPVOID /*buffer*/, DWORD /*size*/, DWORD* /*read*/,
+                   DWORD* available, DWORD* /*left*/) {
+  Call call("PeekNamedPipe", {pipe});
+  if (call.failed()) {
+    return call.Fail(FALSE);
+  }
+  const auto client = call.Kernel<sim::PipeClientEnd>(pipe);
+  return Finish(call, client ? client->Peek(available) : ERROR_INVALID_HANDLE);
+}
+
 HANDLE CreateFileW(LPCWSTR name, DWORD access, DWORD share, SECURITY_ATTRIBUTES* /*attributes*/,
                    DWORD disposition, DWORD flags, HANDLE /*templateFile*/) {
   Call call("CreateFileW", {name, Arg::OfHex(access), share, disposition, Arg::OfHex(flags)});
@@ -198,6 +208,11 @@ BOOL WriteFile(HANDLE file, LPCVOID buffer, DWORD count, DWORD* written,
   *written = 0;
   if (call.failed()) {
     return call.Fail(FALSE);
+  }
+  if (sim::Console::IsStandard(file)) {
+    call->console.Append(file, std::string(static_cast<const char*>(buffer), count));
+    *written = count;
+    return TRUE;
   }
   count = call->pipes.TakeLimit(count);
   if (count == 0) {
