@@ -18,9 +18,10 @@ scripts/install_packages.sh cmake ninja-build git g++ g++-mingw-w64-x86-64-posix
   clang clang-format clang-tidy libclang-rt-14-dev libgtest-dev libgmock-dev googletest \
   nlohmann-json3-dev libcpp-httplib-dev libssl-dev
 
-stage "Format and documents"
+stage "Format, documents and the order of the rooms"
 scripts/check_format.sh
 scripts/check_docs.sh
+scripts/check_layers.sh
 
 # A quiet build: the compiler speaks only when something is wrong.
 build() {

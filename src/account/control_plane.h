@@ -7,20 +7,9 @@
 #include <string>
 #include <vector>
 
-namespace vpn {
+#include "src/common/node_info.h"
 
-// One VLESS + REALITY server. Usable only with an address, a uuid and a port other than 0.
-struct NodeInfo {
-  std::wstring name;     // display name, the key that a connect chooses by
-  std::wstring address;  // host name or IP address
-  std::int32_t port = 0;
-  std::wstring uuid;
-  std::wstring flow = L"xtls-rprx-vision";  // kept by a source that gives none
-  std::wstring sni;
-  std::wstring fingerprint = L"chrome";  // kept by a source that gives none
-  std::wstring publicKey;
-  std::wstring shortId;
-};
+namespace vpn {
 
 // What `fetchAccount` delivers.
 struct AccountSession {

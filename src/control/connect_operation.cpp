@@ -5,9 +5,10 @@
 #include "src/account/control_plane.h"
 #include "src/control/session_cache.h"
 #include "src/control/tunnel_instance.h"
-#include "src/host/process_state.h"
 #include "src/net/physical_route.h"
 #include "src/panel/endpoints.h"
+#include "src/runtime/process_state.h"
+#include "src/runtime/runtime_files.h"
 #include "src/xrayconf/xray_config.h"
 
 namespace vpn {
@@ -69,8 +70,8 @@ std::wstring ChooseNode(const std::wstring& runtimeDir, const std::wstring& node
 TunnelConfig MakeTunnelConfig(const std::wstring& runtimeDir, const std::wstring& configPath,
                               const NodeInfo& node) {
   TunnelConfig config;
-  config.xrayDir = runtimeDir + L"\\xray";
-  config.tun2socksDir = runtimeDir + L"\\tun2socks";
+  config.xrayDir = runtimeDir + L'\\' + kXrayDirectory;
+  config.tun2socksDir = runtimeDir + L'\\' + kTun2socksDirectory;
   config.configPath = configPath;
   config.serverAddress = node.address;
   config.tunAddress = kDefaultTunAddress;
@@ -101,7 +102,7 @@ std::wstring ConnectOperation(const std::wstring& nodeKey) {
   if (!FindPhysicalRoute(route, error)) {
     return error;
   }
-  const std::wstring configPath = runtimeDir + L"\\session.json.xray.json";
+  const std::wstring configPath = runtimeDir + L'\\' + kXrayConfigFile;
   if (!GenerateXrayConfig(node, route.interfaceAlias, configPath, error)) {
     return error;
   }

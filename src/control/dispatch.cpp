@@ -9,8 +9,8 @@
 #include "src/control/reply.h"
 #include "src/control/request.h"
 #include "src/control/tunnel_instance.h"
-#include "src/host/process_state.h"
-#include "src/host/service_log.h"
+#include "src/runtime/process_state.h"
+#include "src/runtime/service_log.h"
 
 namespace vpn {
 namespace {

@@ -11,7 +11,7 @@
 #include "src/control/dispatch.h"
 #include "src/control/session_cache.h"
 #include "src/control/tunnel_instance.h"
-#include "src/host/process_state.h"
+#include "src/runtime/process_state.h"
 
 namespace vpn {
 namespace {

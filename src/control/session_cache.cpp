@@ -4,7 +4,7 @@
 
 #include <memory>
 
-#include "src/panel/control_plane_choice.h"
+#include "src/account/control_plane_choice.h"
 
 namespace vpn {
 

@@ -3,9 +3,9 @@
 #include <string>
 
 #include "src/common/unique_handle.h"
-#include "src/host/process_state.h"
-#include "src/host/service_log.h"
-#include "src/host/wake.h"
+#include "src/control/wake.h"
+#include "src/runtime/process_state.h"
+#include "src/runtime/service_log.h"
 
 namespace vpn {
 

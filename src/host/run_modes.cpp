@@ -4,11 +4,11 @@
 
 #include "src/common/unique_handle.h"
 #include "src/control/pipe_server.h"
-#include "src/host/console_text.h"
+#include "src/control/wake.h"
 #include "src/host/owner_watch.h"
-#include "src/host/process_state.h"
-#include "src/host/service_log.h"
-#include "src/host/wake.h"
+#include "src/runtime/console_text.h"
+#include "src/runtime/process_state.h"
+#include "src/runtime/service_log.h"
 
 namespace vpn {
 

@@ -5,9 +5,9 @@
 
 #include "src/common/environment.h"
 #include "src/common/unique_handle.h"
-#include "src/host/console_text.h"
-#include "src/host/process_state.h"
 #include "src/host/run_modes.h"
+#include "src/runtime/console_text.h"
+#include "src/runtime/process_state.h"
 
 namespace vpn {
 namespace {

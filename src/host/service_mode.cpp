@@ -2,10 +2,10 @@
 #include <string>
 
 #include "src/control/pipe_server.h"
-#include "src/host/process_state.h"
+#include "src/control/wake.h"
 #include "src/host/run_modes.h"
-#include "src/host/service_log.h"
-#include "src/host/wake.h"
+#include "src/runtime/process_state.h"
+#include "src/runtime/service_log.h"
 
 namespace vpn {
 namespace {

@@ -7,7 +7,7 @@
 #include <string_view>
 #include <vector>
 
-#include "src/account/control_plane.h"
+#include "src/common/node_info.h"
 
 namespace vpn {
 

@@ -8,6 +8,7 @@
 #include "src/net/netsh.h"
 #include "src/net/physical_route.h"
 #include "src/net/routes.h"
+#include "src/runtime/runtime_files.h"
 #include "src/tunnel/child_process.h"
 #include "src/tunnel/leftovers.h"
 #include "src/tunnel/orphans.h"
@@ -54,8 +55,8 @@ const wchar_t* MissingFile(const std::wstring& xray, const std::wstring& tun2soc
 
 // What a crashed run's children leave behind goes once they are dead.
 bool KillOrphans(const TunnelConfig& config) {
-  const bool hitXray = KillProcessesUnder(config.xrayDir, L"xray.exe");
-  const bool hitTun2socks = KillProcessesUnder(config.tun2socksDir, L"tun2socks");
+  const bool hitXray = KillProcessesUnder(config.xrayDir, kXrayProgram);
+  const bool hitTun2socks = KillProcessesUnder(config.tun2socksDir, kTun2socksImage);
   if (!hitXray && !hitTun2socks) {
     return false;
   }
@@ -104,10 +105,10 @@ bool TunnelManager::findHelperFiles(const TunnelConfig& config, HelperFiles& fil
     error = L"xray dir, tun2socks dir and config are required";
     return false;
   }
-  files.xray = config.xrayDir + L"\\xray.exe";
-  files.tun2socks = FindFileByPattern(config.tun2socksDir, L"tun2socks*.exe");
+  files.xray = config.xrayDir + L'\\' + kXrayProgram;
+  files.tun2socks = FindFileByPattern(config.tun2socksDir, kTun2socksPattern);
   const wchar_t* const missing = MissingFile(
-      files.xray, files.tun2socks, config.tun2socksDir + L"\\wintun.dll", config.configPath);
+      files.xray, files.tun2socks, config.tun2socksDir + L'\\' + kWintunLibrary, config.configPath);
   if (missing != nullptr) {
     error = missing;
   }

@@ -9,6 +9,7 @@
 #include "src/common/text.h"
 #include "src/common/unique_handle.h"
 #include "src/net/winsock_session.h"
+#include "src/runtime/runtime_files.h"
 #include "src/xrayconf/xray_template.h"
 
 namespace vpn {
@@ -48,7 +49,7 @@ std::wstring ErrorLogPath(const std::wstring& configPath) {
   const size_t separator = LastSeparator(configPath);
   const std::wstring directory =
       separator == std::wstring::npos ? L"" : configPath.substr(0, separator + 1);
-  return directory + L"xray-error.log";
+  return directory + kXrayErrorLog;
 }
 
 std::string ProxyDomains() {

@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-#include "src/account/control_plane.h"
+#include "src/common/node_info.h"
 
 namespace vpn {
 

@@ -10,8 +10,8 @@
 #include "src/control/connect_operation.h"
 #include "src/control/session_cache.h"
 #include "src/control/tunnel_instance.h"
-#include "src/host/process_state.h"
 #include "src/panel/http_request.h"
+#include "src/runtime/process_state.h"
 
 namespace fault {
 namespace {

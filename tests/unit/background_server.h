@@ -8,7 +8,7 @@
 #include <functional>
 #include <thread>
 
-#include "src/host/process_state.h"
+#include "src/runtime/process_state.h"
 #include "tests/sim/pipe_client.h"
 
 namespace unit {

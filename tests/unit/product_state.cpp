@@ -4,8 +4,8 @@
 
 #include "src/control/session_cache.h"
 #include "src/control/tunnel_instance.h"
-#include "src/host/process_state.h"
 #include "src/host/run_modes.h"
+#include "src/runtime/process_state.h"
 
 namespace unit {
 namespace {

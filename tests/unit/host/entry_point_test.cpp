@@ -1,7 +1,7 @@
 #include "src/host/entry_point.h"
 
-#include "src/host/process_state.h"
-#include "src/host/wake.h"
+#include "src/control/wake.h"
+#include "src/runtime/process_state.h"
 #include "tests/unit/product_state.h"
 
 namespace vpn {

@@ -1,6 +1,6 @@
 #include "src/host/owner_watch.h"
 
-#include "src/host/process_state.h"
+#include "src/runtime/process_state.h"
 #include "tests/unit/product_state.h"
 
 namespace vpn {

@@ -1,6 +1,6 @@
 // The service half of run_modes.h.
-#include "src/host/process_state.h"
 #include "src/host/run_modes.h"
+#include "src/runtime/process_state.h"
 #include "tests/unit/background_server.h"
 #include "tests/unit/product_state.h"
 #include "tests/unit/runtime_files.h"

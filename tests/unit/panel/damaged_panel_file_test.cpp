@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
+#include "src/account/control_plane_choice.h"
 #include "src/account/local_control_plane.h"
-#include "src/panel/control_plane_choice.h"
 #include "src/panel/endpoints.h"
 #include "tests/sim/fixture.h"
 #include "tests/unit/account/xboard_state.h"

@@ -1,13 +1,14 @@
-#include "src/panel/control_plane_choice.h"
+#include "src/account/control_plane_choice.h"
 
 #include "src/account/local_control_plane.h"
 #include "src/account/xboard_control_plane.h"
 #include "src/panel/endpoints.h"
+#include "src/runtime/runtime_files.h"
 
 namespace vpn {
 
 std::unique_ptr<ControlPlane> CreateControlPlane(const std::wstring& runtimeDir) {
-  const std::wstring sessionPath = runtimeDir + L"\\session.json";
+  const std::wstring sessionPath = runtimeDir + L'\\' + kSessionFile;
   const PanelEndpoints endpoints = ReadPanelEndpoints(runtimeDir);
   std::wstring apiBase = TrimEndSlashes(endpoints.apiBase);
   if (!apiBase.empty()) {
@@ -18,7 +19,7 @@ std::unique_ptr<ControlPlane> CreateControlPlane(const std::wstring& runtimeDir)
   if (!apiBase.empty()) {
     return std::make_unique<XboardControlPlane>(std::move(apiBase), sessionPath, L"", L"");
   }
-  return std::make_unique<LocalControlPlane>(runtimeDir + L"\\account.json", sessionPath);
+  return std::make_unique<LocalControlPlane>(runtimeDir + L'\\' + kAccountFile, sessionPath);
 }
 
 }  // namespace vpn

@@ -1,4 +1,4 @@
-#include "src/host/console_text.h"
+#include "src/runtime/console_text.h"
 
 #include <windows.h>
 #include <fcntl.h>

@@ -1,4 +1,4 @@
-#include "src/host/runtime_dir.h"
+#include "src/runtime/runtime_dir.h"
 
 #include "tests/unit/product_state.h"
 

@@ -1,6 +1,6 @@
 // The service log: one UTF-8 file, one message and one line feed per line, nothing else.
-#ifndef TAVRIN_SRC_HOST_SERVICE_LOG_H_
-#define TAVRIN_SRC_HOST_SERVICE_LOG_H_
+#ifndef TAVRIN_SRC_RUNTIME_SERVICE_LOG_H_
+#define TAVRIN_SRC_RUNTIME_SERVICE_LOG_H_
 
 #include <string>
 
@@ -14,4 +14,4 @@ void WriteLog(const std::wstring& message);
 
 }  // namespace vpn
 
-#endif  // TAVRIN_SRC_HOST_SERVICE_LOG_H_
+#endif  // TAVRIN_SRC_RUNTIME_SERVICE_LOG_H_

@@ -1,7 +1,7 @@
 // Process-wide state. None of it is ever destroyed, so that a thread that outlives `wmain` still
 // finds it.
-#ifndef TAVRIN_SRC_HOST_PROCESS_STATE_H_
-#define TAVRIN_SRC_HOST_PROCESS_STATE_H_
+#ifndef TAVRIN_SRC_RUNTIME_PROCESS_STATE_H_
+#define TAVRIN_SRC_RUNTIME_PROCESS_STATE_H_
 
 #include <atomic>
 #include <cstdint>
@@ -27,4 +27,4 @@ void SetRuntimeDir(std::wstring text);
 
 }  // namespace vpn
 
-#endif  // TAVRIN_SRC_HOST_PROCESS_STATE_H_
+#endif  // TAVRIN_SRC_RUNTIME_PROCESS_STATE_H_

@@ -1,8 +1,8 @@
-#include "src/host/wake.h"
+#include "src/control/wake.h"
 
 #include <windows.h>
 
-#include "src/host/process_state.h"
+#include "src/runtime/process_state.h"
 #include "tests/unit/product_state.h"
 
 namespace vpn {

@@ -1,4 +1,4 @@
-#include "src/host/service_log.h"
+#include "src/runtime/service_log.h"
 
 #include <windows.h>
 #include <io.h>
@@ -8,8 +8,9 @@
 
 #include "src/common/mutex.h"
 #include "src/common/unique_handle.h"
-#include "src/host/console_text.h"
-#include "src/host/process_state.h"
+#include "src/runtime/console_text.h"
+#include "src/runtime/process_state.h"
+#include "src/runtime/runtime_files.h"
 
 namespace vpn {
 namespace {
@@ -82,7 +83,7 @@ void WriteLog(const std::wstring& message) {
     WriteConsoleText(stdout, message + L'\n');
   }
   const UniqueFile file(
-      _wfsopen((RuntimeDir + L"\\tavrin-service.log").c_str(), L"ab", _SH_DENYNO));
+      _wfsopen((RuntimeDir + L'\\' + kServiceLogFile).c_str(), L"ab", _SH_DENYNO));
   if (!file) {
     return;
   }

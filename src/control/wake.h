@@ -1,6 +1,6 @@
 // How everything that wants the process to end reaches the pipe server.
-#ifndef TAVRIN_SRC_HOST_WAKE_H_
-#define TAVRIN_SRC_HOST_WAKE_H_
+#ifndef TAVRIN_SRC_CONTROL_WAKE_H_
+#define TAVRIN_SRC_CONTROL_WAKE_H_
 
 namespace vpn {
 
@@ -11,4 +11,4 @@ void WakeControlPipe();
 
 }  // namespace vpn
 
-#endif  // TAVRIN_SRC_HOST_WAKE_H_
+#endif  // TAVRIN_SRC_CONTROL_WAKE_H_

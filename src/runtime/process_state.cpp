@@ -1,4 +1,4 @@
-#include "src/host/process_state.h"
+#include "src/runtime/process_state.h"
 
 #include <utility>
 

@@ -1,6 +1,6 @@
 // Discovery of the runtime directory: the one in which the Xray program can be found.
-#ifndef TAVRIN_SRC_HOST_RUNTIME_DIR_H_
-#define TAVRIN_SRC_HOST_RUNTIME_DIR_H_
+#ifndef TAVRIN_SRC_RUNTIME_RUNTIME_DIR_H_
+#define TAVRIN_SRC_RUNTIME_RUNTIME_DIR_H_
 
 #include <string>
 
@@ -19,4 +19,4 @@ std::wstring ModuleDirectory();
 
 }  // namespace vpn
 
-#endif  // TAVRIN_SRC_HOST_RUNTIME_DIR_H_
+#endif  // TAVRIN_SRC_RUNTIME_RUNTIME_DIR_H_

@@ -1,4 +1,4 @@
-#include "src/host/service_log.h"
+#include "src/runtime/service_log.h"
 
 #include <windows.h>
 #include <share.h>
@@ -8,8 +8,8 @@
 #include <sstream>
 #include <thread>
 
-#include "src/host/console_text.h"
-#include "src/host/process_state.h"
+#include "src/runtime/console_text.h"
+#include "src/runtime/process_state.h"
 #include "tests/unit/product_state.h"
 
 namespace vpn {

@@ -1,4 +1,4 @@
-#include "src/panel/control_plane_choice.h"
+#include "src/account/control_plane_choice.h"
 
 #include <memory>
 #include <string>

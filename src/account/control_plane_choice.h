@@ -1,6 +1,6 @@
 // The choice of the account backend.
-#ifndef TAVRIN_SRC_PANEL_CONTROL_PLANE_CHOICE_H_
-#define TAVRIN_SRC_PANEL_CONTROL_PLANE_CHOICE_H_
+#ifndef TAVRIN_SRC_ACCOUNT_CONTROL_PLANE_CHOICE_H_
+#define TAVRIN_SRC_ACCOUNT_CONTROL_PLANE_CHOICE_H_
 
 #include <memory>
 #include <string>
@@ -15,4 +15,4 @@ std::unique_ptr<ControlPlane> CreateControlPlane(const std::wstring& runtimeDir)
 
 }  // namespace vpn
 
-#endif  // TAVRIN_SRC_PANEL_CONTROL_PLANE_CHOICE_H_
+#endif  // TAVRIN_SRC_ACCOUNT_CONTROL_PLANE_CHOICE_H_

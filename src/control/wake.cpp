@@ -1,10 +1,10 @@
-#include "src/host/wake.h"
+#include "src/control/wake.h"
 
 #include <windows.h>
 
 #include "src/common/unique_handle.h"
 #include "src/control/pipe_server.h"
-#include "src/host/process_state.h"
+#include "src/runtime/process_state.h"
 
 namespace vpn {
 

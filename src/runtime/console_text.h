@@ -1,6 +1,6 @@
 // Wide text on the console's standard streams.
-#ifndef TAVRIN_SRC_HOST_CONSOLE_TEXT_H_
-#define TAVRIN_SRC_HOST_CONSOLE_TEXT_H_
+#ifndef TAVRIN_SRC_RUNTIME_CONSOLE_TEXT_H_
+#define TAVRIN_SRC_RUNTIME_CONSOLE_TEXT_H_
 
 #include <cstdio>
 #include <string>
@@ -16,4 +16,4 @@ void WriteConsoleText(std::FILE* stream, const std::wstring& text);
 
 }  // namespace vpn
 
-#endif  // TAVRIN_SRC_HOST_CONSOLE_TEXT_H_
+#endif  // TAVRIN_SRC_RUNTIME_CONSOLE_TEXT_H_

@@ -1,10 +1,11 @@
-#include "src/host/runtime_dir.h"
+#include "src/runtime/runtime_dir.h"
 
 #include <windows.h>
 
 #include <array>
 
 #include "src/common/environment.h"
+#include "src/runtime/runtime_files.h"
 
 namespace vpn {
 namespace {
@@ -24,7 +25,8 @@ std::wstring FullPath(const std::wstring& path) {
 }  // namespace
 
 bool IsRuntimeDir(const std::wstring& directory) {
-  return IsFile(directory + L"\\xray\\xray.exe") || IsFile(directory + L"\\xray.exe");
+  return IsFile(directory + L'\\' + kXrayDirectory + L'\\' + kXrayProgram) ||
+         IsFile(directory + L'\\' + kXrayProgram);
 }
 
 std::wstring ModuleDirectory() {
