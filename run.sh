@@ -6,11 +6,11 @@ set -euo pipefail
 cd "$(dirname "$0")"
 
 scripts/install_packages.sh cmake ninja-build g++-mingw-w64-x86-64-posix wine wine64 \
-  googletest nlohmann-json3-dev
+  googletest nlohmann-json3-dev libcli11-dev
 echo "Building (quiet; the log is build/run-build.log) ..."
 mkdir -p build
 if ! { cmake --preset windows &&
-  cmake --build --preset windows --target TavrinService tavrin_control standins; } \
+  cmake --build --preset windows --target TavrinService tavrinctl standins; } \
   >build/run-build.log 2>&1; then
   tail -n 40 build/run-build.log
   exit 1

@@ -31,18 +31,36 @@ expect() {
 
 show() { wine_run "$build/standins/show_machine.exe" "$1" | tr -d '\r'; }
 
-# ask WANTED_REPLY ARGUMENT...: one request through the control client.
+# ctl ARGUMENT...: the client; what it prints is shown, and stays in `said`.
+ctl() {
+  printf '> tavrinctl'
+  printf ' %q' "$@"
+  printf '\n'
+  ctl_code=0
+  wine_run "$box/tavrinctl.exe" "$@" 2>&1 | tee "$box/said.txt" || ctl_code=${PIPESTATUS[0]}
+  said=$(tr -d '\r' <"$box/said.txt")
+}
+
+# ask WANTED_REPLY REQUEST: one raw exchange.
 ask() {
-  local wanted=$1 exchange
-  shift
-  exchange=$(wine_run "$build/tavrin_control.exe" "$@" | tr -d '\r') || true
-  printf '%s\n' "$exchange"
-  expect "reply to $1" "reply   $wanted" "$(tail -n 1 <<<"$exchange")"
+  ctl request "$2"
+  expect "reply to $2" "$1" "$said"
+}
+
+# The live connect. On a terminal the client itself draws there, so that its lines move.
+live_connect() {
+  if [ -t 1 ]; then
+    ctl_code=0
+    wine_run "$box/tavrinctl.exe" connect "$1" || ctl_code=$?
+  else
+    ctl connect "$1"
+  fi
+  expect "the client's exit code" 0 "$ctl_code"
 }
 
 lay_out() {
   mkdir -p "$box/runtime/xray" "$box/runtime/tun2socks" "$box/machine"
-  cp "$build/TavrinService.exe" "$build/standins/iphlpapi.dll" "$build/standins/netsh.exe" "$box/"
+  cp "$build/TavrinService.exe" "$build/tavrinctl.exe" "$build/standins/iphlpapi.dll" "$build/standins/netsh.exe" "$box/"
   cp "$build/standins/xray.exe" "$box/runtime/xray/"
   cp "$build/standins/tun2socks-windows-amd64.exe" "$box/runtime/tun2socks/"
   echo "no library, the stand-in needs none" >"$box/runtime/tun2socks/wintun.dll"
@@ -89,10 +107,12 @@ wine_run "$box/TavrinService.exe" --console --runtime "$(windows_path "$box/runt
 service=$!
 
 title "Is a tunnel up?"
-ask "$down" status
+ask "$down" '{"op":"status"}'
 
 title "Connect to the node Tokyo 01"
-ask "$up" connect "Tokyo 01"
+live_connect "Tokyo 01"
+ask "$up" '{"op":"status"}'
+ctl status
 
 title "The machine while the tunnel is up: IPv4 routes and IPv6"
 during=$(show routes)
@@ -114,8 +134,12 @@ printf '%s\n' "$trace"
 expect "the last step is the IPv6 block" "ipv6 leak blocked" \
   "$(tail -n 1 <<<"$trace" | sed -E 's/ +\+.*//')"
 
+title "The same as a waterfall"
+ctl trace
+
 title "Disconnect"
-ask "$down" disconnect
+ctl disconnect
+ask "$down" '{"op":"status"}'
 
 title "The machine after: IPv4 routes and IPv6"
 after=$(show routes; show ipv6)
@@ -123,7 +147,7 @@ printf '%s\n' "$after"
 expect "the network is as it was before" "$before" "$after"
 
 title "Shut the service down"
-ask "$down" shutdown
+ctl shutdown
 exit_code=0
 wait "$service" || exit_code=$?
 service=

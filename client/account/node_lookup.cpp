@@ -4,8 +4,9 @@
 
 #include "src/common/files.h"
 #include "src/common/text.h"
-#include "src/panel/control_plane_choice.h"
+#include "src/account/control_plane_choice.h"
 #include "src/panel/json_reader.h"
+#include "src/runtime/runtime_files.h"
 
 namespace vpn {
 namespace {
@@ -69,7 +70,7 @@ std::wstring Endpoint(const std::wstring& address, std::int64_t port) {
 RunningNode ReadRunningNode(const std::wstring& runtimeDir) {
   RunningNode node;
   std::string text;
-  if (!ReadFileBytes(runtimeDir + L"\\session.json.xray.json", text)) {
+  if (!ReadFileBytes(runtimeDir + L"\\" + kXrayConfigFile, text)) {
     return node;
   }
   const std::vector<std::string> servers = JsonObjectArray(text, "vnext");

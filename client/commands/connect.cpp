@@ -15,13 +15,13 @@
 #include "client/trace/trace_watch.h"
 #include "src/common/text.h"
 #include "src/net/physical_route.h"
+#include "src/runtime/runtime_files.h"
 
 namespace vpn {
 namespace {
 
 constexpr size_t kPhysicalStep = 2;
 constexpr size_t kXrayStep = 5;
-constexpr wchar_t kXrayErrorLog[] = L"\\xray-error.log";
 
 struct Plan {
   ServicePlace place;
@@ -87,7 +87,7 @@ std::vector<std::int64_t> EarlierMedians(const std::wstring& path) {
 // The last line that Xray has written since `from`, empty when there is none.
 std::wstring LastXrayLine(const std::wstring& runtimeDir, std::uint64_t from) {
   std::string text;
-  if (!ReadFileFrom(runtimeDir + kXrayErrorLog, from, 64 * 1024, text)) {
+  if (!ReadFileFrom(runtimeDir + L"\\" + kXrayErrorLog, from, 64 * 1024, text)) {
     return {};
   }
   text.erase(text.find_last_not_of("\r\n") + 1);
@@ -104,7 +104,7 @@ Outcome SendConnect(const CommandLine& line, Screen& screen, const Plan& plan, T
   ULONGLONG start = 0;
   hooks.beforeSending = [&] {
     moving.clear();
-    (void)FileSize(plan.place.runtimeDir + kXrayErrorLog, outcome.xrayLogSize);
+    (void)FileSize(plan.place.runtimeDir + L"\\" + kXrayErrorLog, outcome.xrayLogSize);
     watch.begin();
     start = GetTickCount64();
     outcome.wasSent = true;

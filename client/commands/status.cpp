@@ -12,6 +12,7 @@
 #include "client/trace/trace_file.h"
 #include "src/common/text.h"
 #include "src/panel/endpoints.h"
+#include "src/runtime/runtime_files.h"
 
 namespace vpn {
 namespace {
@@ -69,7 +70,7 @@ std::int64_t LastConnectTime(const ServicePlace& place) {
 
 void LookAtTunnel(Status& status) {
   const std::wstring& runtimeDir = status.place.runtimeDir;
-  for (const RunningProcess& xray : FindProcessesUnder(runtimeDir + L"\\xray", L"xray.exe")) {
+  for (const RunningProcess& xray : FindProcessesUnder(runtimeDir + L"\\" + kXrayDirectory, kXrayProgram)) {
     status.upFor = std::max(status.upFor, xray.runsFor);
   }
   status.connectTime = LastConnectTime(status.place);

@@ -9,7 +9,7 @@
 #include "src/common/environment.h"
 #include "src/common/text.h"
 #include "src/common/unique_handle.h"
-#include "src/host/runtime_dir.h"
+#include "src/runtime/runtime_dir.h"
 
 namespace vpn {
 namespace {

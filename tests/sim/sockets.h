@@ -37,6 +37,7 @@ struct ConnectPlan {
     kRefusedAtOnce,   // connect fails with `code`
     kSocketError,     // writable, and SO_ERROR gives `code`
     kNeverWritable,   // select times out although somebody listens
+    kConnectsAfter,   // `code` virtual milliseconds, whoever listens where
   };
   Kind kind;
   int code = 0;

@@ -49,20 +49,26 @@ USHORT LoopbackPort(const sockaddr* address, int length) {
   return ntohl(ipv4.sin_addr.S_un.S_addr) == INADDR_LOOPBACK ? ntohs(ipv4.sin_port) : USHORT{0};
 }
 
-int FollowPlan(const Call& call, sim::Socket& socket, const ConnectPlan& plan) {
+int FollowPlan(const Call& call, const std::shared_ptr<sim::Socket>& socket, const ConnectPlan& plan) {
   using State = sim::Socket::State;
   switch (plan.kind) {
     case ConnectPlan::Kind::kConnectsAtOnce:
-      socket.state = State::kConnected;
+      socket->state = State::kConnected;
       return 0;
     case ConnectPlan::Kind::kRefusedAtOnce:
       return call.Fail(SOCKET_ERROR, static_cast<std::uint32_t>(plan.code));
     case ConnectPlan::Kind::kSocketError:
-      socket.state = State::kFailed;
-      socket.error = plan.code;
+      socket->state = State::kFailed;
+      socket->error = plan.code;
       break;
+    case ConnectPlan::Kind::kConnectsAfter:
+      socket->state = State::kConnecting;
+      call->clock.After(static_cast<std::uint64_t>(plan.code), [socket] {
+        socket->state = State::kConnected;
+      });
+      return call.Fail(SOCKET_ERROR, WSAEWOULDBLOCK);
     case ConnectPlan::Kind::kNeverWritable:
-      socket.state = State::kConnecting;
+      socket->state = State::kConnecting;
       break;
   }
   return call.Fail(SOCKET_ERROR, WSAEWOULDBLOCK);
@@ -169,7 +175,7 @@ int connect(SOCKET socket, const sockaddr* address, int length) {
   }
   ConnectPlan plan = {};
   if (call->connects.Take(&plan)) {
-    return FollowPlan(call, *object, plan);
+    return FollowPlan(call, object, plan);
   }
   return ConnectByModel(call, *object, port != 0 && call->listeners.IsListening(port));
 }
