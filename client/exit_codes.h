@@ -5,7 +5,7 @@
 namespace vpn {
 
 inline constexpr int kExitDone = 0;
-inline constexpr int kExitRefused = 1;      // the service or the panel said no, or a problem was found
+inline constexpr int kExitRefused = 1;  // the service or the panel said no, or a problem was found
 inline constexpr int kExitUnreachable = 2;  // no service, or no proper answer from it
 inline constexpr int kExitUsage = 3;        // wrong command line
 inline constexpr int kExitInterrupted = 130;

@@ -34,8 +34,7 @@ size_t EditDistance(const std::wstring& left, const std::wstring& right) {
 
 FetchedAccount FetchAccount(const std::wstring& runtimeDir) {
   FetchedAccount account;
-  account.isFetched =
-      CreateControlPlane(runtimeDir)->fetchAccount(account.session, account.error);
+  account.isFetched = CreateControlPlane(runtimeDir)->fetchAccount(account.session, account.error);
   return account;
 }
 

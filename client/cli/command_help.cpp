@@ -76,7 +76,12 @@ const std::vector<CommandHelp>& AllCommands() {
         kRuntime},
        {},
        {"tavrinctl trace", "tavrinctl trace --last 3", "tavrinctl trace --html connects.html"}},
-      {"help", "[COMMAND]", "what a command does, with examples", {}, {}, {"tavrinctl help connect"}},
+      {"help",
+       "[COMMAND]",
+       "what a command does, with examples",
+       {},
+       {},
+       {"tavrinctl help connect"}},
       {"completion",
        "powershell",
        "a script that completes commands and options in PowerShell",
@@ -141,8 +146,10 @@ std::wstring PowerShellCompletion() {
   }
   return text +
          L"    }\n"
-         L"    $words = @($ast.CommandElements | Select-Object -Skip 1 | ForEach-Object { \"$_\" })\n"
-         L"    $command = $words | Where-Object { $options.ContainsKey($_) } | Select-Object -First 1\n"
+         L"    $words = @($ast.CommandElements | Select-Object -Skip 1 | ForEach-Object { \"$_\" "
+         L"})\n"
+         L"    $command = $words | Where-Object { $options.ContainsKey($_) } | Select-Object "
+         L"-First 1\n"
          L"    $choices = if ($command -and $command -ne $word) { $options[$command] }"
          L" else { $options.Keys | Sort-Object }\n"
          L"    $choices | Where-Object { $_ -like \"$word*\" } | ForEach-Object {\n"

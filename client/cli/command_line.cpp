@@ -15,7 +15,6 @@ struct Values {
   std::string node;
   std::string text;
   std::string file;
-  std::string topic;
   std::string shell;
   bool version = false;
 };
@@ -49,8 +48,6 @@ void AddOptions(CLI::App& command, const std::string& name, Values& values) {
     command.add_option("TEXT", values.text)->required();
   } else if (name == "report") {
     command.add_option("FILE", values.file)->required();
-  } else if (name == "help") {
-    command.add_option("COMMAND", values.topic);
   } else if (name == "completion") {
     command.add_option("SHELL", values.shell)->required()->check(CLI::IsMember({"powershell"}));
   }
@@ -80,7 +77,8 @@ ParsedLine Show(std::wstring text) {
 
 ParsedLine Wrong(const std::wstring& text, const std::string& command) {
   const std::wstring more = command.empty() ? L"" : L" " + Utf8ToWide(command);
-  return {ParsedLine::Kind::kWrong, {},
+  return {ParsedLine::Kind::kWrong,
+          {},
           L"tavrinctl: " + text + L"\nSee: tavrinctl help" + more + L"\n"};
 }
 
@@ -97,8 +95,8 @@ ParsedLine Finish(const std::string& command, Values& values) {
   if (values.version) {
     return Show(std::wstring(L"tavrinctl ") + kClientVersion + L"\n");
   }
-  if (command.empty() || command == "help") {
-    return HelpAbout(values.topic);
+  if (command.empty()) {
+    return Show(OverviewText());
   }
   if (command == "completion") {
     return Show(PowerShellCompletion());
@@ -124,6 +122,9 @@ ParsedLine ParseCommandLine(const std::vector<std::wstring>& arguments) {
   const std::string named = FindCommandHelp(first) == nullptr ? "" : first;
   if (AsksForHelp(arguments)) {
     return HelpAbout(named);
+  }
+  if (first == "help" && arguments.size() <= 2) {
+    return HelpAbout(arguments.size() == 2 ? WideToUtf8(arguments[1]) : "");
   }
   if (!first.empty() && named.empty() && !first.starts_with('-')) {
     return Wrong(L"no command is called " + arguments.front(), "");

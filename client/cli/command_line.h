@@ -9,8 +9,8 @@
 namespace vpn {
 
 struct CommandLine {
-  std::string command;       // "status"; empty when only a text is to be shown
-  std::wstring runtimeDir;   // --runtime, possibly empty
+  std::string command;      // "status"; empty when only a text is to be shown
+  std::wstring runtimeDir;  // --runtime, possibly empty
   bool json = false;
   bool watch = false;
   bool force = false;
@@ -26,8 +26,8 @@ struct CommandLine {
 struct ParsedLine {
   enum class Kind { kRun, kShow, kWrong };
   Kind kind = Kind::kWrong;
-  CommandLine line;    // for kRun
-  std::wstring text;   // what to show, or what is wrong
+  CommandLine line;   // for kRun
+  std::wstring text;  // what to show, or what is wrong
 };
 
 // `arguments` without the program's name.

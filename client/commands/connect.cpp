@@ -71,8 +71,7 @@ std::wstring NameOfGoal(const CommandLine& line, const Plan& plan) {
 
 std::wstring StepDetail(size_t step) {
   PhysicalRoute route;
-  std::wstring ignored;
-  if (step != kPhysicalStep || !FindPhysicalRoute(route, ignored)) {
+  if (step != kPhysicalStep || !FindPhysicalRoute(route)) {
     return {};
   }
   return route.interfaceAlias + L" via " + route.gateway;

@@ -20,13 +20,12 @@ std::vector<Latency> Measure(const std::vector<NodeInfo>& nodes, const Interrupt
   }
   MovingLine moving(screen.err);
   moving.show(L"Looking up " + CountText(goals.size(), L"node", L"nodes") + L" …");
-  const LatencyHooks hooks = {[&](size_t done) {
-                                moving.show(std::wstring(1, WheelAt(GetTickCount64())) +
-                                            L" " + std::to_wstring(done) + L" of " +
-                                            CountText(goals.size(), L"node", L"nodes") +
-                                            L" answered …");
-                              },
-                              [&interrupt] { return interrupt.wasInterrupted(); }};
+  const LatencyHooks hooks = {
+      [&](size_t done) {
+        moving.show(std::wstring(1, WheelAt(GetTickCount64())) + L" " + std::to_wstring(done) +
+                    L" of " + CountText(goals.size(), L"node", L"nodes") + L" answered …");
+      },
+      [&interrupt] { return interrupt.wasInterrupted(); }};
   return MeasureLatency(goals, hooks);
 }
 
@@ -48,8 +47,7 @@ std::wstring Remark(const Latency& latency) {
 
 void ShowNodes(const std::vector<NodeInfo>& nodes, const std::vector<Latency>& latencies,
                Output& out) {
-  std::vector<Table::Column> columns = {
-      {L"Node"}, {L"Address"}, {L"Port", Table::Align::kRight}};
+  std::vector<Table::Column> columns = {{L"Node"}, {L"Address"}, {L"Port", Table::Align::kRight}};
   if (!latencies.empty()) {
     columns.push_back({L"Latency", Table::Align::kRight});
   }
@@ -110,7 +108,8 @@ int RunNodes(const CommandLine& line, Screen& screen) {
   }();
   const std::vector<NodeInfo>& nodes = account.session.nodes;
   if (!account.isFetched || nodes.empty()) {
-    return TellNoAccount(account.error.empty() ? L"没有可用节点" : account.error, line.json, screen);
+    return TellNoAccount(account.error.empty() ? L"没有可用节点" : account.error, line.json,
+                         screen);
   }
   const InterruptWatch interrupt;
   const std::vector<Latency> latencies =

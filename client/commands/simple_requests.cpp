@@ -48,8 +48,8 @@ int RunRequest(const CommandLine& line, Screen& screen) {
   const InterruptWatch interrupt;
   MovingLine moving(screen.err);
   std::string text;
-  const ExchangeEnd end = Exchange(WideToUtf8(line.text),
-                                   PatientHooks(moving, screen.err, interrupt), text);
+  const ExchangeEnd end =
+      Exchange(WideToUtf8(line.text), PatientHooks(moving, screen.err, interrupt), text);
   if (end != ExchangeEnd::kReplied) {
     return FailWithoutReply(end, false, screen);
   }

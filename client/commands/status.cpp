@@ -22,8 +22,8 @@ constexpr DWORD kWatchStep = 50;
 
 struct Status {
   bool isUp = false;
-  std::uint64_t upFor = 0;          // seconds
-  std::int64_t connectTime = -1;    // milliseconds of the last complete connect
+  std::uint64_t upFor = 0;        // seconds
+  std::int64_t connectTime = -1;  // milliseconds of the last complete connect
   RunningNode node;
   std::wstring nodeName;
   std::wstring serviceState;
@@ -70,7 +70,8 @@ std::int64_t LastConnectTime(const ServicePlace& place) {
 
 void LookAtTunnel(Status& status) {
   const std::wstring& runtimeDir = status.place.runtimeDir;
-  for (const RunningProcess& xray : FindProcessesUnder(runtimeDir + L"\\" + kXrayDirectory, kXrayProgram)) {
+  for (const RunningProcess& xray :
+       FindProcessesUnder(runtimeDir + L"\\" + kXrayDirectory, kXrayProgram)) {
     status.upFor = std::max(status.upFor, xray.runsFor);
   }
   status.connectTime = LastConnectTime(status.place);
@@ -182,8 +183,7 @@ int WatchStatus(const CommandLine& line, Screen& screen) {
     Reply reply;
     const ExchangeEnd end = Ask(kStatusRequest, hooks, reply);
     const Status status = end == ExchangeEnd::kReplied ? LookAround(line, reply) : Status();
-    const std::wstring now =
-        line.json ? WatchObject(end, status) : WatchLine(end, status);
+    const std::wstring now = line.json ? WatchObject(end, status) : WatchLine(end, status);
     if (now != before) {
       moving.clear();
       screen.out.line(now);

@@ -53,11 +53,12 @@ Json TraceFileObject(const ReadTrace& trace, size_t first) {
 void ShowConnect(const ReadTrace& trace, size_t at, Output& out) {
   const std::vector<ConnectTrace>& connects = trace.text.connects;
   const ConnectTrace& connect = connects[at];
-  const std::vector<std::int64_t> medians = MedianTimes({connects.begin(), connects.begin() + static_cast<std::ptrdiff_t>(at)});
+  const std::vector<std::int64_t> medians =
+      MedianTimes({connects.begin(), connects.begin() + static_cast<std::ptrdiff_t>(at)});
   out.write(L"Connect " + std::to_wstring(at + 1) + L" of " + std::to_wstring(connects.size()));
-  out.line(connect.isComplete() ? L", complete, " + SecondsText(connect.totalTime())
-                                : L", not complete, last mark after " +
-                                      SecondsText(connect.totalTime()));
+  out.line(connect.isComplete()
+               ? L", complete, " + SecondsText(connect.totalTime())
+               : L", not complete, last mark after " + SecondsText(connect.totalTime()));
   for (const WaterfallRow& row : DrawWaterfall(connect, medians, out.columns())) {
     out.write(L"  ");
     out.line(row.text, row.isEnd ? Ink::kBad : row.isLongest ? Ink::kCaution : Ink::kPlain);
@@ -98,7 +99,8 @@ int WritePage(const ReadTrace& trace, size_t first, const CommandLine& line, Scr
 int RunTrace(const CommandLine& line, Screen& screen) {
   const ReadTrace trace = ReadWholeTrace(line);
   const bool wantsPage = !line.file.empty();
-  const size_t first = FirstShown(trace, line.last == 0 && !wantsPage && !line.json ? 1 : line.last);
+  const size_t first =
+      FirstShown(trace, line.last == 0 && !wantsPage && !line.json ? 1 : line.last);
   if (line.json) {
     screen.out.write(JsonText(TraceFileObject(trace, first)));
   }

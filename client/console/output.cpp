@@ -62,8 +62,8 @@ void Output::write(const std::wstring& text, Ink ink) {
     writeConsole(text);
     return;
   }
-  (void)SetConsoleTextAttribute(
-      handle_, static_cast<WORD>((attributes_ & kBackground) | Foreground(ink)));
+  (void)SetConsoleTextAttribute(handle_,
+                                static_cast<WORD>((attributes_ & kBackground) | Foreground(ink)));
   writeConsole(text);
   (void)SetConsoleTextAttribute(handle_, attributes_);
 }

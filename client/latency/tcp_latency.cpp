@@ -2,7 +2,7 @@
 
 #include "src/net/host_resolve.h"
 #include "src/net/ip_helper.h"
-#include "src/net/winsock_session.h"
+#include "src/net/winsock_scope.h"
 
 namespace vpn {
 namespace {
@@ -11,9 +11,9 @@ constexpr DWORD kPause = 2;  // milliseconds between two looks at all sockets
 
 struct SocketTraits {
   using Type = SOCKET;
-  static Type Empty() { return INVALID_SOCKET; }
-  static bool IsValid(Type value) { return value != INVALID_SOCKET; }
-  static void Close(Type value) { (void)closesocket(value); }
+  static Type empty() { return INVALID_SOCKET; }
+  static bool isValid(Type value) { return value != INVALID_SOCKET; }
+  static void close(Type value) { (void)closesocket(value); }
 };
 
 struct Attempt {
@@ -33,10 +33,12 @@ void Begin(const LatencyGoal& goal, Attempt& attempt) {
   sockaddr_in place = {};
   place.sin_family = AF_INET;
   place.sin_port = htons(goal.port);
-  if (addresses.empty() || !ParseIpv4(addresses.front(), place.sin_addr)) {
+  const auto address = addresses.empty() ? std::nullopt : ParseIpv4(addresses.front());
+  if (!address) {
     End(attempt, Latency::Kind::kNoAddress);
     return;
   }
+  place.sin_addr = *address;
   attempt.socket = UniqueHandle<SocketTraits>(socket(AF_INET, SOCK_STREAM, IPPROTO_TCP));
   u_long nonBlocking = 1;
   (void)ioctlsocket(attempt.socket.get(), static_cast<long>(FIONBIO), &nonBlocking);
@@ -89,7 +91,7 @@ size_t LookAtAll(std::vector<Attempt>& attempts) {
 
 std::vector<Latency> MeasureLatency(const std::vector<LatencyGoal>& goals,
                                     const LatencyHooks& hooks) {
-  const WinsockSession winsock;
+  const WinsockScope winsock;
   std::vector<Attempt> attempts(goals.size());
   for (size_t at = 0; at < goals.size(); ++at) {
     Begin(goals[at], attempts[at]);

@@ -15,7 +15,8 @@ constexpr std::int64_t kWorthTelling = 100;  // milliseconds; shorter steps need
 // "about 140 ms", in steps that don't pretend to be exact.
 std::wstring Estimate(std::int64_t median) {
   const std::int64_t unit = median < 1000 ? 10 : 100;
-  return L"about " + MillisecondsText(static_cast<std::uint64_t>((median + unit / 2) / unit * unit));
+  return L"about " +
+         MillisecondsText(static_cast<std::uint64_t>((median + unit / 2) / unit * unit));
 }
 
 }  // namespace
@@ -29,7 +30,8 @@ void LiveView::stepLine(wchar_t mark, Ink ink, const std::wstring& name, std::ui
   moving_.clear();
   output_.write(L"  ");
   output_.write(std::wstring(1, mark), ink);
-  std::wstring line = L" " + PadRight(name, kNameWidth) + PadLeft(MillisecondsText(time), kTimeWidth);
+  std::wstring line =
+      L" " + PadRight(name, kNameWidth) + PadLeft(MillisecondsText(time), kTimeWidth);
   output_.line(detail.empty() ? line : line + L"   " + detail);
 }
 
@@ -75,7 +77,8 @@ void LiveView::update(const ConnectTrace* connect, std::uint64_t now) {
 void LiveView::finish(const ConnectTrace* connect, std::uint64_t now, bool failed, bool inChecks) {
   const StepList steps = connect == nullptr ? StepList() : StepsOf(*connect);
   const size_t before = marks_;
-  const std::uint64_t since = connect != nullptr && connect->marks.size() != before ? now : lastMarkSeen_;
+  const std::uint64_t since =
+      connect != nullptr && connect->marks.size() != before ? now : lastMarkSeen_;
   moving_.clear();
   showFinished(steps);
   const size_t next = NextStep(steps);

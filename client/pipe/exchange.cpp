@@ -83,7 +83,16 @@ bool SendRequest(HANDLE pipe, const std::string& request) {
     frame += static_cast<char>(length & 0xFF);
   }
   frame += request;
-  return WriteExact(pipe, frame.data(), frame.size());
+  for (std::size_t done = 0; done < frame.size();) {
+    DWORD count = 0;
+    if (WriteFile(pipe, frame.data() + done, static_cast<DWORD>(frame.size() - done), &count,
+                  nullptr) == FALSE ||
+        count == 0) {
+      return false;
+    }
+    done += count;
+  }
+  return true;
 }
 
 }  // namespace

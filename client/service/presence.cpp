@@ -14,13 +14,10 @@
 namespace vpn {
 namespace {
 
-struct ServiceQueryTraits {
-  using Type = SC_HANDLE;
-  static Type Empty() { return nullptr; }
-  static bool IsValid(Type value) { return value != nullptr; }
-  static void Close(Type value) { (void)CloseServiceHandle(value); }
+struct ServiceHandleTraits : NullIsEmpty<SC_HANDLE> {
+  static void close(SC_HANDLE value) { (void)CloseServiceHandle(value); }
 };
-using ServiceHandle = UniqueHandle<ServiceQueryTraits>;
+using ServiceHandle = UniqueHandle<ServiceHandleTraits>;
 
 constexpr wchar_t kServiceKey[] = L"TavrinService";
 constexpr wchar_t kServiceImage[] = L"TavrinService.exe";
@@ -144,7 +141,7 @@ ServicePlace FindServicePlace(const std::wstring& chosenRuntime) {
     place.directory = DirectoryOf(ProgramOfCommandLine(installed.commandLine));
   }
   if (place.directory.empty()) {
-    place.directory = ModuleDirectory();
+    place.directory = DirectoryOf(ModulePath());
   }
   place.runtimeDir = chosenRuntime;
   if (place.runtimeDir.empty()) {

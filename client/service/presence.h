@@ -12,8 +12,8 @@ namespace vpn {
 
 struct RunningProcess {
   DWORD id = 0;
-  std::wstring image;          // full path, empty when the platform does not tell
-  std::uint64_t runsFor = 0;   // seconds
+  std::wstring image;         // full path, empty when the platform does not tell
+  std::uint64_t runsFor = 0;  // seconds
 };
 
 // Processes with this image name, case ignored, that have not ended.
@@ -25,9 +25,9 @@ std::vector<RunningProcess> FindProcessesUnder(const std::wstring& directory,
 
 struct InstalledService {
   bool isInstalled = false;
-  bool isReadable = true;     // false: the service manager told nothing about it
-  DWORD state = 0;            // SERVICE_RUNNING and the like
-  std::wstring commandLine;   // as it was installed
+  bool isReadable = true;    // false: the service manager told nothing about it
+  DWORD state = 0;           // SERVICE_RUNNING and the like
+  std::wstring commandLine;  // as it was installed
 };
 
 InstalledService FindInstalledService();
@@ -36,7 +36,7 @@ InstalledService FindInstalledService();
 bool IsServiceAlive();
 
 struct ServicePlace {
-  std::wstring directory;   // of its executable
+  std::wstring directory;  // of its executable
   std::wstring runtimeDir;
 };
 

@@ -8,7 +8,8 @@
 namespace vpn {
 
 // Columns that the text takes: two for East Asian wide characters and pictures, none for combining
-// marks and other invisible ones, one for everything else. A surrogate pair counts as its character.
+// marks and other invisible ones, one for everything else. A surrogate pair counts as its
+// character.
 size_t DisplayWidth(std::wstring_view text);
 
 // With blanks up to `width` columns. A longer text stays as it is.

@@ -53,9 +53,9 @@ constexpr MarkMeaning kMeanings[] = {
 };
 
 const MarkMeaning* MeaningOf(const std::string& label) {
-  const auto* const found = std::find_if(
-      std::begin(kMeanings), std::end(kMeanings),
-      [&label](const MarkMeaning& meaning) { return meaning.label == label; });
+  const auto* const found =
+      std::find_if(std::begin(kMeanings), std::end(kMeanings),
+                   [&label](const MarkMeaning& meaning) { return meaning.label == label; });
   return found == std::end(kMeanings) ? nullptr : found;
 }
 
@@ -103,9 +103,9 @@ size_t NextStep(const StepList& steps) {
 }
 
 size_t LongestStep(const std::vector<Step>& steps) {
-  const auto longest = std::max_element(
-      steps.begin(), steps.end(),
-      [](const Step& left, const Step& right) { return left.time < right.time; });
+  const auto longest =
+      std::max_element(steps.begin(), steps.end(),
+                       [](const Step& left, const Step& right) { return left.time < right.time; });
   return static_cast<size_t>(longest - steps.begin());
 }
 

@@ -1,5 +1,5 @@
-// The steps of a connect in plain words. One step of the screen stands for one to three marks of the
-// trace.
+// The steps of a connect in plain words. One step of the screen stands for one to three marks of
+// the trace.
 #ifndef TAVRIN_CLIENT_TRACE_STEPS_H_
 #define TAVRIN_CLIENT_TRACE_STEPS_H_
 

@@ -115,8 +115,9 @@ std::string Overview(const std::vector<ConnectTrace>& connects) {
   if (median >= 0) {
     text += "; median " + Utf8(SecondsText(static_cast<std::uint64_t>(median)));
   }
-  return Element("p", "class=\"overview\"", text + ". The tallest column stands for " +
-                                                Utf8(SecondsText(LongestTotal(connects))) + ".");
+  return Element(
+      "p", "class=\"overview\"",
+      text + ". The tallest column stands for " + Utf8(SecondsText(LongestTotal(connects))) + ".");
 }
 
 }  // namespace
@@ -130,8 +131,9 @@ std::string TracePage(const std::vector<ConnectTrace>& connects) {
   return "<!DOCTYPE html>\n<html lang=\"en\">\n<head>\n<meta charset=\"utf-8\">\n"
          "<meta name=\"viewport\" content=\"width=device-width, initial-scale=1\">\n"
          "<title>Tavrin: connects</title>\n<style>" +
-         std::string(kPageStyle) + "</style>\n</head>\n<body>\n<h1>Connects, the latest first</h1>\n" +
-         Overview(connects) + "\n" + Chart(connects) + sections + "</body>\n</html>\n";
+         std::string(kPageStyle) +
+         "</style>\n</head>\n<body>\n<h1>Connects, the latest first</h1>\n" + Overview(connects) +
+         "\n" + Chart(connects) + sections + "</body>\n</html>\n";
 }
 
 }  // namespace vpn

@@ -31,7 +31,7 @@ class Console {
   // WriteConsoleW writes stands on the screen.
   bool isTerminal = false;
   Terminal terminal;
-  bool attached = true;                          // cleared by FreeConsole
+  bool attached = true;  // cleared by FreeConsole
   // Calls the handlers, last added first, on this thread, until one says that it took the event.
   bool Send(std::uint32_t event);
 

@@ -152,9 +152,9 @@ std::FILE* Streams::OpenConsole(std::string* sink) {
 std::FILE* Streams::Attach(std::unique_ptr<Stream> stream, OpenItem item) {
   const bool write = stream->mode.write;
   Cookie* const cookie = MakeCookie(self_, stream.get());
-  std::FILE* const file = fopencookie(cookie, write ? "w" : "r",
-                                      {ReadCookie, write ? WriteCookie : nullptr,
-                                       write ? nullptr : SeekCookie, CloseCookie});
+  std::FILE* const file = fopencookie(
+      cookie, write ? "w" : "r",
+      {ReadCookie, write ? WriteCookie : nullptr, write ? nullptr : SeekCookie, CloseCookie});
   if (write) {
     // Without a buffer every write reaches the file at once, and a stream that a dead process left
     // open has nothing to flush at the program's end.

@@ -49,7 +49,8 @@ USHORT LoopbackPort(const sockaddr* address, int length) {
   return ntohl(ipv4.sin_addr.S_un.S_addr) == INADDR_LOOPBACK ? ntohs(ipv4.sin_port) : USHORT{0};
 }
 
-int FollowPlan(const Call& call, const std::shared_ptr<sim::Socket>& socket, const ConnectPlan& plan) {
+int FollowPlan(const Call& call, const std::shared_ptr<sim::Socket>& socket,
+               const ConnectPlan& plan) {
   using State = sim::Socket::State;
   switch (plan.kind) {
     case ConnectPlan::Kind::kConnectsAtOnce:
@@ -63,9 +64,8 @@ int FollowPlan(const Call& call, const std::shared_ptr<sim::Socket>& socket, con
       break;
     case ConnectPlan::Kind::kConnectsAfter:
       socket->state = State::kConnecting;
-      call->clock.After(static_cast<std::uint64_t>(plan.code), [socket] {
-        socket->state = State::kConnected;
-      });
+      call->clock.After(static_cast<std::uint64_t>(plan.code),
+                        [socket] { socket->state = State::kConnected; });
       return call.Fail(SOCKET_ERROR, WSAEWOULDBLOCK);
     case ConnectPlan::Kind::kNeverWritable:
       socket->state = State::kConnecting;

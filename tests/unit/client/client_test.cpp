@@ -47,14 +47,12 @@ ScriptedService::ScriptedService(sim::Machine& machine) : machine_(machine) {
 
 void ScriptedService::IsBusyFor(std::uint64_t milliseconds) {
   server_->instance->state = sim::PipeInstance::State::kConnected;
-  machine_.clock.After(milliseconds, [this] {
-    server_->instance->state = sim::PipeInstance::State::kListening;
-  });
+  machine_.clock.After(milliseconds,
+                       [this] { server_->instance->state = sim::PipeInstance::State::kListening; });
 }
 
 void ScriptedService::SendsBytesAfter(std::uint64_t milliseconds, const std::string& bytes) {
-  machine_.clock.After(milliseconds,
-                       [this, bytes] { server_->instance->toClient += bytes; });
+  machine_.clock.After(milliseconds, [this, bytes] { server_->instance->toClient += bytes; });
 }
 
 void ScriptedService::RepliesAfter(std::uint64_t milliseconds, const std::string& payload) {

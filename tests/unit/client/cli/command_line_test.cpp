@@ -11,9 +11,9 @@ using Kind = ParsedLine::Kind;
 class CommandLineTest : public unit::ClientTest {};
 
 TEST_F(CommandLineTest, AConnectWithEverything) {
-  const ParsedLine parsed = ParseCommandLine({L"connect", L"香港 BGP 02", L"--timeout", L"30",
-                                              L"--force", L"--json", L"--quiet", L"--runtime",
-                                              L"D:\\run"});
+  const ParsedLine parsed =
+      ParseCommandLine({L"connect", L"香港 BGP 02", L"--timeout", L"30", L"--force", L"--json",
+                        L"--quiet", L"--runtime", L"D:\\run"});
   ASSERT_EQ(parsed.kind, Kind::kRun);
   EXPECT_EQ(parsed.line.command, "connect");
   EXPECT_EQ(parsed.line.node, L"香港 BGP 02");
@@ -36,11 +36,13 @@ TEST_F(CommandLineTest, WrongLinesSayWhatIsWrong) {
   for (const auto& [arguments, text] :
        std::vector<std::pair<std::vector<std::wstring>, std::wstring>>{
            {{L"conect"}, L"tavrinctl: no command is called conect\nSee: tavrinctl help\n"},
-           {{L"status", L"--frob"}, L"tavrinctl: The following argument was not expected: --frob\n"
-                                    L"See: tavrinctl help status\n"},
+           {{L"status", L"--frob"},
+            L"tavrinctl: The following argument was not expected: --frob\n"
+            L"See: tavrinctl help status\n"},
            {{L"request"}, L"tavrinctl: TEXT is required\nSee: tavrinctl help request\n"},
-           {{L"connect", L"a", L"b"}, L"tavrinctl: The following argument was not expected: b\n"
-                                      L"See: tavrinctl help connect\n"},
+           {{L"connect", L"a", L"b"},
+            L"tavrinctl: The following argument was not expected: b\n"
+            L"See: tavrinctl help connect\n"},
            {{L"help", L"frob"}, L"tavrinctl: no command is called frob\nSee: tavrinctl help\n"}}) {
     const ParsedLine parsed = ParseCommandLine(arguments);
     EXPECT_EQ(parsed.kind, Kind::kWrong);
@@ -60,9 +62,10 @@ TEST_F(CommandLineTest, NoArgumentShowsAllCommandsWithOneLineEach) {
   const ParsedLine parsed = ParseCommandLine({});
   ASSERT_EQ(parsed.kind, Kind::kShow);
   for (const CommandHelp& command : AllCommands()) {
-    EXPECT_NE(parsed.text.find(L"\n  " + std::wstring(command.name, command.name +
-                                                          std::string(command.name).size())),
-              std::wstring::npos)
+    EXPECT_NE(
+        parsed.text.find(
+            L"\n  " + std::wstring(command.name, command.name + std::string(command.name).size())),
+        std::wstring::npos)
         << command.name;
   }
   EXPECT_EQ(ParseCommandLine({L"help"}).text, parsed.text);
@@ -85,8 +88,7 @@ TEST_F(CommandLineTest, HelpHasTheOptionsAndExamples) {
             L"Examples:\n"
             L"  tavrinctl nodes\n"
             L"  tavrinctl nodes --latency\n");
-  EXPECT_EQ(ParseCommandLine({L"nodes", L"-h"}).text,
-            ParseCommandLine({L"help", L"nodes"}).text);
+  EXPECT_EQ(ParseCommandLine({L"nodes", L"-h"}).text, ParseCommandLine({L"help", L"nodes"}).text);
 }
 
 TEST_F(CommandLineTest, TheVersionIsThatOfThePackage) {
@@ -98,10 +100,10 @@ TEST_F(CommandLineTest, EveryOptionOfTheHelpIsTaken) {
     for (const OptionHelp& option : command.options) {
       const std::string word = option.name;
       const size_t blank = word.find(' ');
-      std::vector<std::wstring> arguments = {std::wstring(command.name, command.name +
-                                                          std::string(command.name).size())};
-      arguments.emplace_back(word.begin(), word.begin() + static_cast<std::ptrdiff_t>(
-                                                              std::min(blank, word.size())));
+      std::vector<std::wstring> arguments = {
+          std::wstring(command.name, command.name + std::string(command.name).size())};
+      arguments.emplace_back(
+          word.begin(), word.begin() + static_cast<std::ptrdiff_t>(std::min(blank, word.size())));
       if (blank != std::string::npos) {
         arguments.emplace_back(L"7");
       }

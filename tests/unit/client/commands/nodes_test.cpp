@@ -69,8 +69,7 @@ TEST_F(NodesTest, AsJson) {
 TEST_F(NodesTest, WithoutAnAccountTheReasonIsShown) {
   machine.files.Remove(std::wstring(unit::kRuntime) + L"\\session.json");
   EXPECT_EQ(Run({L"nodes", L"--json"}), 1);
-  EXPECT_EQ(Out(),
-            "{\n  \"schema\": 1,\n  \"nodes\": [],\n  \"error\": \"not logged in\"\n}\n");
+  EXPECT_EQ(Out(), "{\n  \"schema\": 1,\n  \"nodes\": [],\n  \"error\": \"not logged in\"\n}\n");
   EXPECT_EQ(Err(), "not logged in\n  What to do: sign in.\n");
 }
 

@@ -38,7 +38,8 @@ TEST_F(SimpleRequestsTest, ARefusalIsExitCodeOne) {
   EXPECT_EQ(Run({L"disconnect"}), 1);
   EXPECT_EQ(Err(),
             "op not allowed\n"
-            "  What to do: the program that asked is newer than the service: install both anew.\n");
+            "  What to do: install a client and a service of the same version: the client sent an "
+            "unknown operation.\n");
 }
 
 TEST_F(SimpleRequestsTest, WithoutAServiceItIsTwo) {

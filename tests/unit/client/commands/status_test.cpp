@@ -170,9 +170,8 @@ TEST_F(StatusTest, AWatchShowsChangesUntilCtrlC) {
   machine.clock.After(1500, [&] { machine.console.Send(CTRL_C_EVENT); });
   EXPECT_EQ(Run({L"status", L"--watch"}), 130);
   EXPECT_EQ(machine.console.terminal.Lines(),
-            (std::vector<std::string>{
-                "Connected to 203.0.113.77:443",
-                "The service is not running, and it is not installed.", ""}));
+            (std::vector<std::string>{"Connected to 203.0.113.77:443",
+                                      "The service is not running, and it is not installed.", ""}));
 }
 
 TEST_F(StatusTest, AWatchAsJsonIsALineForEachChange) {
@@ -181,11 +180,10 @@ TEST_F(StatusTest, AWatchAsJsonIsALineForEachChange) {
   machine.clock.After(20, [&] { service.HangsUpAfter(0); });
   machine.clock.After(2500, [&] { machine.console.Send(CTRL_C_EVENT); });
   EXPECT_EQ(Run({L"status", L"--watch", L"--json"}), 130);
-  EXPECT_EQ(Out(),
-            R"({"schema":1,"reachable":true,"connected":false,"address":""})"
-            "\n"
-            R"({"schema":1,"reachable":false,"connected":false,"address":""})"
-            "\n");
+  EXPECT_EQ(Out(), R"({"schema":1,"reachable":true,"connected":false,"address":""})"
+                   "\n"
+                   R"({"schema":1,"reachable":false,"connected":false,"address":""})"
+                   "\n");
 }
 
 }  // namespace

@@ -11,11 +11,11 @@ TEST_F(TraceTest, ShowsTheLastConnectBesideTheMediansOfThoseBefore) {
   EXPECT_EQ(Run({L"trace"}), 0);
   EXPECT_EQ(Out(),
             "Connect 2 of 2, not complete, last mark after 0.03 s\n"
-            "  old tunnel stopped              0 ms                    median     0 ms\n"
-            "  stale helpers looked for        8 ms  ████▉             median     8 ms\n"
-            "  physical route found           14 ms      ████████▌     median    14 ms     ◄\n"
-            "  panel pinned                    1 ms               ▋    median     1 ms\n"
-            "  Xray listening                  3 ms               █▊   median   139 ms\n"
+            "  old tunnel stopped              0 ms                      median     0 ms\n"
+            "  stale helpers looked for        8 ms  █████▌              median     8 ms\n"
+            "  physical route found           14 ms       █████████▊     median    14 ms   ◄\n"
+            "  panel pinned                    1 ms                 ▊    median     1 ms\n"
+            "  Xray listening                  3 ms                 ██▏  median   139 ms\n"
             "  ended before: Xray listening\n");
   EXPECT_EQ(Err(), "");
 }

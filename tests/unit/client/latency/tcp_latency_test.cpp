@@ -12,8 +12,8 @@ using Plan = sim::ConnectPlan;
 class TcpLatencyTest : public unit::ClientTest {
  protected:
   std::vector<Latency> Measure(const std::vector<LatencyGoal>& goals) {
-    return MeasureLatency(goals, {[this](size_t done) { progress.push_back(done); },
-                                  [this] { return interrupted; }});
+    return MeasureLatency(
+        goals, {[this](size_t done) { progress.push_back(done); }, [this] { return interrupted; }});
   }
   std::vector<size_t> progress;
   bool interrupted = false;

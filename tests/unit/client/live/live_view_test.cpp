@@ -11,9 +11,7 @@ class LiveViewTest : public unit::ClientTest {
  protected:
   void SetUp() override { UseTerminal(); }
 
-  static std::wstring Detail(size_t step) {
-    return step == 2 ? L"以太网 via 192.168.1.1" : L"";
-  }
+  static std::wstring Detail(size_t step) { return step == 2 ? L"以太网 via 192.168.1.1" : L""; }
   // The screen after a look at the first `count` lines of the recorded connect.
   std::vector<std::string> After(size_t count, std::uint64_t now) {
     const TraceText trace = ParseTrace(unit::RecordedLines(count));
@@ -27,9 +25,9 @@ class LiveViewTest : public unit::ClientTest {
   }
 
   // Made once the terminal is there.
-  std::unique_ptr<Output> made = (machine.console.isTerminal = true,
-                                  machine.console.terminal.columns = 100,
-                                  std::make_unique<Output>(STD_OUTPUT_HANDLE));
+  std::unique_ptr<Output> made =
+      (machine.console.isTerminal = true, machine.console.terminal.columns = 100,
+       std::make_unique<Output>(STD_OUTPUT_HANDLE));
   LiveView view{*made, kMedians, Detail};
 };
 

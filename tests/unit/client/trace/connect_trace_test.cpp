@@ -67,8 +67,9 @@ TEST(Trace, ALineWithoutItsEndIsStillBeingWritten) {
 }
 
 TEST(Trace, AConnectWithoutItsHeadIsLeftOutWhereTheTextIsCut) {
-  const std::string text = "routes installed             +   16ms  total   305ms\r\n"
-                           "ipv6 leak blocked            +  307ms  total   612ms\r\n";
+  const std::string text =
+      "routes installed             +   16ms  total   305ms\r\n"
+      "ipv6 leak blocked            +  307ms  total   612ms\r\n";
   const TraceText cut = ParseTrace(text + unit::RecordedLines(1), true);
   ASSERT_EQ(cut.connects.size(), 1u);
   EXPECT_EQ(cut.connects[0].marks.size(), 1u);

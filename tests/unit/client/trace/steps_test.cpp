@@ -34,26 +34,25 @@ TEST(Steps, AStepIsOpenUntilItsLastMark) {
 
 TEST(Steps, TheResetOfALeftoverNameServerIsNotExpected) {
   EXPECT_EQ(NextStep(StepsOf(Connect(unit::RecordedLines(3)))), 4u);
-  const StepList list = StepsOf(Connect(
-      unit::RecordedLines(3) + "reset physical dns (netsh)   +   60ms  total    82ms\r\n"));
+  const StepList list = StepsOf(
+      Connect(unit::RecordedLines(3) + "reset physical dns (netsh)   +   60ms  total    82ms\r\n"));
   EXPECT_EQ(list.steps.back().index, 3u);
   EXPECT_EQ(list.steps.back().time, 60u);
   EXPECT_EQ(NextStep(list), 4u);
 }
 
 TEST(Steps, ANameServerThatCouldNotBeSetIsARemark) {
-  const StepList list =
-      StepsOf(Connect(unit::RecordedLines(9) +
-                      "set tun dns (api fail)       +    4ms  total   287ms\r\n"
-                      "tun ipv4 ready               +    2ms  total   289ms\r\n"));
+  const StepList list = StepsOf(
+      Connect(unit::RecordedLines(9) + "set tun dns (api fail)       +    4ms  total   287ms\r\n"
+                                       "tun ipv4 ready               +    2ms  total   289ms\r\n"));
   EXPECT_TRUE(list.steps.back().hasFailed);
   EXPECT_TRUE(list.steps.back().isDone);
 }
 
 TEST(Steps, TheTimeOfAnUnknownMarkGoesToTheStepBehindIt) {
-  const StepList list = StepsOf(Connect(unit::RecordedLines(2) +
-                                        "ask the moon                 +   10ms  total    18ms\r\n"
-                                        "find physical route          +    4ms  total    22ms\r\n"));
+  const StepList list = StepsOf(
+      Connect(unit::RecordedLines(2) + "ask the moon                 +   10ms  total    18ms\r\n"
+                                       "find physical route          +    4ms  total    22ms\r\n"));
   EXPECT_EQ(list.unknown, std::vector<std::string>{"ask the moon"});
   ASSERT_EQ(list.steps.size(), 3u);
   EXPECT_EQ(list.steps[2].start, 8u);
@@ -61,8 +60,8 @@ TEST(Steps, TheTimeOfAnUnknownMarkGoesToTheStepBehindIt) {
 }
 
 TEST(Steps, TotalsThatRunBackwardsDoNoHarm) {
-  const StepList list = StepsOf(Connect(unit::RecordedLines(3) +
-                                        "pin panel hosts              +    1ms  total     2ms\r\n"));
+  const StepList list = StepsOf(
+      Connect(unit::RecordedLines(3) + "pin panel hosts              +    1ms  total     2ms\r\n"));
   EXPECT_EQ(list.steps.back().time, 0u);
 }
 

@@ -39,12 +39,12 @@ TEST(Waterfall, ShowsEveryStepBesideItsMedian) {
                        L"                      median   140 ms",
                        L"adapter up                    115 ms         █████▎"
                        L"                 median   115 ms",
-                       L"address, name server, IPv4     12 ms               ▌"
-                       L"                median    12 ms",
-                       L"routes installed               16 ms                ▊"
-                       L"               median    16 ms",
-                       L"IPv6 blocked                  307 ms                █████████████▎"
-                       L"  median   300 ms     ◄",
+                       L"address, name server, IPv4     12 ms              ▌"
+                       L"                 median    12 ms",
+                       L"routes installed               16 ms               ▊"
+                       L"                median    16 ms",
+                       L"IPv6 blocked                  307 ms               ██████████████"
+                       L"   median   300 ms   ◄",
                    }));
 }
 
