@@ -17,6 +17,7 @@ int RunShutdown(const CommandLine& line, Screen& screen);
 int RunRequest(const CommandLine& line, Screen& screen);
 int RunNodes(const CommandLine& line, Screen& screen);
 int RunTrace(const CommandLine& line, Screen& screen);
+int RunDoctor(const CommandLine& line, Screen& screen);
 
 // The whole program: `arguments` without its name.
 int RunClient(const std::vector<std::wstring>& arguments);

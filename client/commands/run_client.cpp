@@ -15,7 +15,7 @@ struct Entry {
 constexpr Entry kCommands[] = {
     {"status", RunStatus},     {"connect", RunConnect}, {"disconnect", RunDisconnect},
     {"shutdown", RunShutdown}, {"request", RunRequest}, {"nodes", RunNodes},
-    {"trace", RunTrace},
+    {"trace", RunTrace},       {"doctor", RunDoctor},
 };
 
 }  // namespace

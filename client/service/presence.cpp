@@ -56,6 +56,17 @@ RunningProcess LookAt(DWORD id) {
   return found;
 }
 
+template <class Visit>
+void ForEachProcess(const Visit& visit) {
+  const KernelHandle snapshot(CreateToolhelp32Snapshot(TH32CS_SNAPPROCESS, 0));
+  PROCESSENTRY32W entry = {};
+  entry.dwSize = sizeof(entry);
+  BOOL more = snapshot ? Process32FirstW(snapshot.get(), &entry) : FALSE;
+  for (; more != FALSE; more = Process32NextW(snapshot.get(), &entry)) {
+    visit(entry);
+  }
+}
+
 std::wstring DirectoryOf(const std::wstring& path) {
   const size_t separator = LastSeparator(path);
   return separator == std::wstring::npos ? std::wstring() : path.substr(0, separator);
@@ -77,20 +88,23 @@ std::wstring CommandLineOf(SC_HANDLE service) {
 
 std::vector<RunningProcess> FindProcesses(const std::wstring& imageName) {
   std::vector<RunningProcess> found;
-  const KernelHandle snapshot(CreateToolhelp32Snapshot(TH32CS_SNAPPROCESS, 0));
-  if (!snapshot) {
-    return found;
-  }
   const std::wstring wanted = ToLowerText(imageName);
-  PROCESSENTRY32W entry = {};
-  entry.dwSize = sizeof(entry);
-  for (BOOL more = Process32FirstW(snapshot.get(), &entry); more != FALSE;
-       more = Process32NextW(snapshot.get(), &entry)) {
+  ForEachProcess([&](const PROCESSENTRY32W& entry) {
     if (ToLowerText(entry.szExeFile) == wanted) {
       found.push_back(LookAt(entry.th32ProcessID));
     }
-  }
+  });
   return found;
+}
+
+std::wstring ImageNameOf(DWORD id) {
+  std::wstring name;
+  ForEachProcess([&](const PROCESSENTRY32W& entry) {
+    if (entry.th32ProcessID == id) {
+      name = entry.szExeFile;
+    }
+  });
+  return name;
 }
 
 std::vector<RunningProcess> FindProcessesUnder(const std::wstring& directory,

@@ -19,6 +19,9 @@ struct RunningProcess {
 // Processes with this image name, case ignored, that have not ended.
 std::vector<RunningProcess> FindProcesses(const std::wstring& imageName);
 
+// Image name of a process without its directory, empty when it does not run.
+std::wstring ImageNameOf(DWORD id);
+
 // As `FindProcesses`, and only those whose executable lies in or below `directory`.
 std::vector<RunningProcess> FindProcessesUnder(const std::wstring& directory,
                                                const std::wstring& imageName);

@@ -76,6 +76,10 @@ constexpr ApiEntry kTable[] = {
     Last("GetExitCodeProcess", ERROR_ACCESS_DENIED),
     Last("QueryFullProcessImageNameW", ERROR_GEN_FAILURE),
     Last("GetProcessTimes", ERROR_ACCESS_DENIED),
+    Named("GetVersionExW", ERROR_INVALID_PARAMETER),
+    Last("CreatePipe", ERROR_NOT_ENOUGH_MEMORY),
+    Named("SetHandleInformation", ERROR_INVALID_HANDLE),
+    Named("SystemTimeToFileTime", ERROR_INVALID_PARAMETER),
     Last("CreateJobObjectW", ERROR_NO_SYSTEM_RESOURCES),
     Last("SetInformationJobObject", ERROR_ACCESS_DENIED),
     Last("AssignProcessToJobObject", ERROR_ACCESS_DENIED),
@@ -112,6 +116,8 @@ constexpr ApiEntry kTable[] = {
     Last("DisconnectNamedPipe", ERROR_PIPE_NOT_CONNECTED),
     Last("PeekNamedPipe", ERROR_BROKEN_PIPE),
     Last("ConvertStringSecurityDescriptorToSecurityDescriptorW", ERROR_INVALID_PARAMETER),
+    Result("GetNamedSecurityInfoW", ERROR_ACCESS_DENIED),
+    Last("ConvertSecurityDescriptorToStringSecurityDescriptorW", ERROR_INVALID_PARAMETER),
     // Registry
     Result("RegOpenKeyExW", ERROR_ACCESS_DENIED),
     Result("RegQueryValueExW", ERROR_ACCESS_DENIED),
@@ -163,6 +169,7 @@ constexpr ApiEntry kTable[] = {
     Result("SetIpInterfaceEntry", ERROR_ACCESS_DENIED),
     Result("SetInterfaceDnsSettings", ERROR_ACCESS_DENIED),
     Result("GetAdaptersAddresses", ERROR_NOT_ENOUGH_MEMORY),
+    Result("GetExtendedTcpTable", ERROR_ACCESS_DENIED),
 };
 
 }  // namespace

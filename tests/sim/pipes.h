@@ -75,6 +75,20 @@ struct PipeClientEnd : Object {
   void Close();
 };
 
+// What CreatePipe makes: the two ends of one stream of bytes.
+struct AnonymousPipe {
+  std::string bytes;
+  bool hasWriter = true;  // an end in this process or a child that inherited it
+};
+struct AnonymousReader : Object {
+  std::string Describe() const override { return "pipe's reading end"; }
+  std::shared_ptr<AnonymousPipe> pipe;
+};
+struct AnonymousWriter : Object {
+  std::string Describe() const override { return "pipe's writing end"; }
+  std::shared_ptr<AnonymousPipe> pipe;
+};
+
 class Pipes {
  public:
   explicit Pipes(Core& core) : core_(core) {}

@@ -23,6 +23,7 @@ class Listeners {
   void StopListening(std::uint16_t port);
   void StopAllOf(std::uint32_t processId);
   bool IsListening(std::uint16_t port) const;
+  std::map<std::uint16_t, std::uint32_t> Owners() const;  // process ids by port
 
  private:
   Core& core_;

@@ -2,6 +2,7 @@
 #include "tests/sim/call.h"
 
 #include <winsock2.h>
+#include <iphlpapi.h>
 
 #include <algorithm>
 #include <cstring>
@@ -26,6 +27,11 @@ void FdRemove(SOCKET socket, sim_fd_set* set) {
 bool FdHas(SOCKET socket, const sim_fd_set* set) {
   const SOCKET* const end = set->fd_array + set->fd_count;
   return std::find(set->fd_array, end, socket) != end;
+}
+
+std::map<std::uint16_t, std::uint32_t> Listeners::Owners() const {
+  const MachineLock lock = core_.Lock();
+  return ports_;
 }
 
 }  // namespace sim
@@ -220,4 +226,29 @@ int getsockopt(SOCKET socket, int level, int option, char* value, int* length) {
   std::memcpy(value, &object->error, sizeof object->error);
   *length = sizeof object->error;
   return 0;
+}
+
+DWORD GetExtendedTcpTable(LPVOID table, DWORD* size, BOOL /*order*/, ULONG family,
+                          TCP_TABLE_CLASS tableClass, ULONG /*reserved*/) {
+  Call call("GetExtendedTcpTable");
+  if (call.failed()) {
+    return call.code();
+  }
+  if (family != AF_INET || tableClass != TCP_TABLE_OWNER_PID_LISTENER) {
+    return ERROR_INVALID_PARAMETER;
+  }
+  const auto owners = call->listeners.Owners();
+  const DWORD wanted =
+      static_cast<DWORD>(sizeof(DWORD) + owners.size() * sizeof(MIB_TCPROW_OWNER_PID));
+  const bool fits = table != nullptr && *size >= wanted;
+  *size = wanted;
+  if (!fits) {
+    return ERROR_INSUFFICIENT_BUFFER;
+  }
+  auto* const result = static_cast<MIB_TCPTABLE_OWNER_PID*>(table);
+  result->dwNumEntries = 0;
+  for (const auto& [port, owner] : owners) {
+    result->table[result->dwNumEntries++] = {2, 0x0100007F, htons(port), 0, 0, owner};
+  }
+  return NO_ERROR;
 }

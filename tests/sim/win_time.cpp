@@ -73,6 +73,22 @@ BOOL GetProcessTimes(HANDLE process, FILETIME* creation, FILETIME* exit, FILETIM
   return TRUE;
 }
 
+BOOL SystemTimeToFileTime(const SYSTEMTIME* systemTime, FILETIME* fileTime) {
+  Call call("SystemTimeToFileTime");
+  if (call.failed()) {
+    return call.Fail(FALSE);
+  }
+  const std::chrono::sys_days day = std::chrono::year(systemTime->wYear) /
+                                    static_cast<int>(systemTime->wMonth) /
+                                    static_cast<int>(systemTime->wDay);
+  const auto time = std::chrono::hours(systemTime->wHour) +
+                    std::chrono::minutes(systemTime->wMinute) +
+                    std::chrono::seconds(systemTime->wSecond);
+  *fileTime = FileTimeOf(
+      std::chrono::duration_cast<std::chrono::milliseconds>(day.time_since_epoch() + time).count());
+  return TRUE;
+}
+
 BOOL FileTimeToSystemTime(const FILETIME* fileTime, SYSTEMTIME* systemTime) {
   Call call("FileTimeToSystemTime");
   if (call.failed()) {

@@ -1,4 +1,4 @@
-// Version resources of executables.
+// Version resources of executables, and the version of Windows.
 #include "tests/sim/call.h"
 #include "tests/sim/text.h"
 
@@ -64,5 +64,16 @@ BOOL VerQueryValueW(LPCVOID data, LPCWSTR name, LPVOID* value, UINT* size) {
   }
   *value = const_cast<void*>(data);
   *size = sizeof(VS_FIXEDFILEINFO);
+  return TRUE;
+}
+
+BOOL GetVersionExW(OSVERSIONINFOW* version) {
+  Call call("GetVersionExW");
+  if (call.failed()) {
+    return call.Fail(FALSE);
+  }
+  version->dwMajorVersion = call->windowsBuild < 9000 ? 6 : 10;
+  version->dwMinorVersion = call->windowsBuild < 9000 ? 1 : 0;
+  version->dwBuildNumber = call->windowsBuild;
   return TRUE;
 }

@@ -94,4 +94,13 @@ BOOL ConvertStringSecurityDescriptorToSecurityDescriptorW(LPCWSTR text, DWORD re
                                                           PSECURITY_DESCRIPTOR* descriptor,
                                                           ULONG* size);
 
+#define DACL_SECURITY_INFORMATION 0x00000004u
+enum SE_OBJECT_TYPE { SE_UNKNOWN_OBJECT_TYPE = 0, SE_FILE_OBJECT };
+DWORD GetNamedSecurityInfoW(LPCWSTR name, SE_OBJECT_TYPE type, DWORD information, LPVOID* owner,
+                            LPVOID* group, LPVOID* dacl, LPVOID* sacl,
+                            PSECURITY_DESCRIPTOR* descriptor);
+BOOL ConvertSecurityDescriptorToStringSecurityDescriptorW(PSECURITY_DESCRIPTOR descriptor,
+                                                          DWORD revision, DWORD information,
+                                                          LPWSTR* text, ULONG* size);
+
 #endif  // TAVRIN_TESTS_SIM_INCLUDE_WIN_FILES_H_
