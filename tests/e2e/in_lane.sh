@@ -2,7 +2,7 @@
 # in_lane.sh DIRECTORY COMMAND [ARGUMENT...]: runs a command in the first free lane, and waits for one
 # where none is free. A lane is a Wine prefix (WINEPREFIX, a copy of DIRECTORY/warm) and a network
 # namespace of its own, since the product's pipe name and port are the machine's. Where no namespace
-# can be made there is one lane.
+# can be made there is one lane. A command has ten minutes from when it has its lane.
 set -euo pipefail
 tests=$(cd "$(dirname "$0")" && pwd)
 mkdir -p "$1"
@@ -47,8 +47,9 @@ take_lane
 export WINEPREFIX="$directory/lane-$lane"
 make_prefix
 trap end_session EXIT
+limit=(timeout --kill-after=10 600)
 if [ ${#isolate[@]} -gt 0 ]; then
-  "${isolate[@]}" sh -c 'ip link set lo up && exec "$@"' lane "$@" 8>&-
+  "${isolate[@]}" sh -c 'ip link set lo up && exec "$@"' lane "${limit[@]}" "$@" 8>&-
 else
-  "$@" 8>&-
+  "${limit[@]}" "$@" 8>&-
 fi
