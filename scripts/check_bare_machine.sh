@@ -24,6 +24,7 @@ make_bare() {
   debootstrap --variant=minbase --include=git bookworm "$box/bare" "$mirror" >"$box/log" ||
     { tail -n 20 "$box/log"; return 1; }
   git clone -q --bare . "$box/bare/origin"
+  chroot "$box/bare" git config --system safe.directory /origin  # of which root is the owner
 }
 
 # make_machine NAME: a copy with an ordinary user.
