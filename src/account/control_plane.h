@@ -79,6 +79,16 @@ struct ReferralRow {
 // `error` holds one line for the user. Output records are reset at the start of a call and then
 // hold exactly what its steps assigned; only the panel's `fetchAccount` and `fetchPlans` leave them
 // alone until the panel has answered. No operation keeps a reference to its arguments.
+//
+// What stands in `error` at the start of a call stays there on success, and matters as follows with
+// the panel:
+// - `fetchAccount`: a subscription that fails writes its text only into an empty `error`. There it
+//   stays on success, and is told when the server list can't be fetched either; otherwise the
+//   list's own failure is told.
+// - `registerAccount`: when the panel accepts the registration without a credential or a message,
+//   and the login fails, the text from the start is told, or a general one if there was none. On
+//   success by way of the login, the text of a refused registration stays.
+// - `login` and `purchasePlan` clear it before their second attempt.
 class ControlPlane {
  public:
   virtual ~ControlPlane() = default;

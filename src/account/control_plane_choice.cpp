@@ -8,18 +8,18 @@
 namespace vpn {
 
 std::unique_ptr<ControlPlane> CreateControlPlane(const std::wstring& runtimeDir) {
-  const std::wstring sessionPath = runtimeDir + L'\\' + kSessionFile;
+  const std::wstring credentialPath = runtimeDir + L'\\' + kSessionFile;
   const PanelEndpoints endpoints = ReadPanelEndpoints(runtimeDir);
   std::wstring apiBase = TrimEndSlashes(endpoints.apiBase);
   if (!apiBase.empty()) {
-    return std::make_unique<XboardControlPlane>(std::move(apiBase), sessionPath,
+    return std::make_unique<XboardControlPlane>(std::move(apiBase), credentialPath,
                                                 endpoints.deviceApi, endpoints.inviteBase);
   }
   apiBase = TrimEndSlashes(PanelUrlFromEnvironment());
   if (!apiBase.empty()) {
-    return std::make_unique<XboardControlPlane>(std::move(apiBase), sessionPath, L"", L"");
+    return std::make_unique<XboardControlPlane>(std::move(apiBase), credentialPath, L"", L"");
   }
-  return std::make_unique<LocalControlPlane>(runtimeDir + L'\\' + kAccountFile, sessionPath);
+  return std::make_unique<LocalControlPlane>(runtimeDir + L'\\' + kAccountFile, credentialPath);
 }
 
 }  // namespace vpn

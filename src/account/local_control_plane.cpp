@@ -4,6 +4,7 @@
 
 #include <utility>
 
+#include "src/account/failure_text.h"
 #include "src/account/local_account.h"
 #include "src/common/text.h"
 
@@ -35,13 +36,13 @@ NodeInfo ReadNode(const std::string& account) {
 
 }  // namespace
 
-LocalControlPlane::LocalControlPlane(std::wstring account, std::wstring session)
-    : accountPath(std::move(account)), sessionPath(std::move(session)) {}
+LocalControlPlane::LocalControlPlane(std::wstring accountPath, std::wstring credentialPath)
+    : accountPath_(std::move(accountPath)), credentialPath_(std::move(credentialPath)) {}
 
 bool LocalControlPlane::login(const std::wstring& email, const std::wstring& password,
                               std::wstring& error) {
   std::string account;
-  if (!ReadTextFile(accountPath, account, error)) {
+  if (!Succeeded(ReadTextFile(accountPath_, account), error)) {
     return false;
   }
   if (email != ReadWide(account, "email") || password != ReadWide(account, "password")) {
@@ -54,21 +55,20 @@ bool LocalControlPlane::login(const std::wstring& email, const std::wstring& pas
     return false;
   }
   // Neither value is escaped; the reader does not decode either.
-  return WriteTextFile(
-      sessionPath, R"({"email":")" + WideToUtf8(email) + R"(","expireAt":")" + expireAt + "\"}\n",
-      error);
+  const std::string line =
+      R"({"email":")" + WideToUtf8(email) + R"(","expireAt":")" + expireAt + "\"}\n";
+  return Succeeded(WriteTextFile(credentialPath_, line), error);
 }
 
 bool LocalControlPlane::fetchAccount(AccountSession& session, std::wstring& error) {
   session = AccountSession();
   std::string stored;
-  std::wstring ignored;
-  if (!ReadTextFile(sessionPath, stored, ignored)) {
+  if (!ReadTextFile(credentialPath_, stored)) {
     error = L"not logged in";
     return false;
   }
   std::string account;
-  if (!ReadTextFile(accountPath, account, error)) {
+  if (!Succeeded(ReadTextFile(accountPath_, account), error)) {
     return false;
   }
   const std::string expireAt = FlatJsonString(account, "expireAt");
@@ -97,7 +97,7 @@ bool LocalControlPlane::fetchAccount(AccountSession& session, std::wstring& erro
 }
 
 bool LocalControlPlane::logout() {
-  return DeleteFileW(sessionPath.c_str()) != FALSE;
+  return DeleteFileW(credentialPath_.c_str()) != FALSE;
 }
 
 bool LocalControlPlane::fetchRegisterConfig(RegisterConfig& config, std::wstring& error) {

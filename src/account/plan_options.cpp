@@ -28,7 +28,7 @@ std::wstring FormatNumber(double number, int decimals) {
   return Utf8ToWide(text.data());
 }
 
-// Panels give bytes or gigabytes; nobody sells a billion gigabytes.
+// Some panels give bytes and some gigabytes. What makes at least one gigabyte in bytes is bytes.
 std::wstring TrafficText(std::int64_t traffic) {
   constexpr std::int64_t kGigabyte = 1073741824;
   const auto number = static_cast<double>(traffic);
@@ -59,8 +59,8 @@ void SetPrice(std::int64_t cents, PlanOption& option) {
 
 void AddPlanOption(const std::string& planJson, const PlanOption& plan, const Period& period,
                    std::vector<PlanOption>& plans) {
-  std::int64_t cents = 0;
-  if (!JsonOptionalInt(planJson, period.key, cents)) {
+  const std::optional<std::int64_t> cents = JsonOptionalInt(planJson, period.key);
+  if (!cents) {
     return;
   }
   PlanOption option = plan;
@@ -68,7 +68,7 @@ void AddPlanOption(const std::string& planJson, const PlanOption& plan, const Pe
   option.period = Utf8ToWide(period.key);
   option.periodLabel = period.label;
   option.durationLabel = period.duration;
-  SetPrice(cents, option);
+  SetPrice(*cents, option);
   plans.push_back(option);
 }
 

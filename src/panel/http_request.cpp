@@ -1,9 +1,11 @@
 #include "src/panel/http_request.h"
 
 #include <array>
+#include <optional>
+#include <utility>
 
-#include "src/common/mutex.h"
 #include "src/common/unique_handle.h"
+#include "src/panel/http_session.h"
 
 namespace vpn {
 namespace {
@@ -23,7 +25,8 @@ struct UrlParts {
   bool secure = false;
 };
 
-bool CrackUrl(const std::wstring& url, UrlParts& parts) {
+std::optional<UrlParts> CrackUrl(const std::wstring& url) {
+  UrlParts parts;
   URL_COMPONENTS components = {};
   components.dwStructSize = sizeof(components);
   components.lpszHostName = parts.host.data();
@@ -31,47 +34,44 @@ bool CrackUrl(const std::wstring& url, UrlParts& parts) {
   components.lpszUrlPath = parts.path.data();
   components.dwUrlPathLength = static_cast<DWORD>(parts.path.size());
   if (WinHttpCrackUrl(url.c_str(), 0, 0, &components) == FALSE) {
-    return false;
+    return std::nullopt;
   }
   parts.port = components.nPort;
   parts.secure = components.nScheme == INTERNET_SCHEME_HTTPS;
-  return true;
+  return parts;
 }
 
 // The credential goes out under both names that panels have been seen to use.
-std::wstring HeaderBlock(const wchar_t* userAgent, bool hasBody, const std::wstring& contentType,
-                         const std::wstring& authorization) {
-  const bool hasAgent = userAgent != nullptr && *userAgent != L'\0';
+std::wstring HeaderBlock(const HttpRequest& request) {
   std::wstring block = L"Accept: application/json\r\nUser-Agent: ";
-  block += hasAgent ? userAgent : kUserAgent;
-  block += L"\r\n";
-  if (hasBody) {
-    block += L"Content-Type: " + contentType + L"\r\n";
+  block += (request.userAgent.empty() ? kUserAgent : request.userAgent) + L"\r\n";
+  if (!request.body.empty()) {
+    block += L"Content-Type: " + request.contentType + L"\r\n";
   }
-  if (!authorization.empty()) {
-    block += L"Authorization: " + authorization + L"\r\nauth_data: " + authorization + L"\r\n";
+  if (!request.credential.empty()) {
+    block +=
+        L"Authorization: " + request.credential + L"\r\nauth_data: " + request.credential + L"\r\n";
   }
   return block;
 }
 
-// True when an answer has begun to arrive, else false with the platform's code in `code`.
-bool Send(HINTERNET request, const std::wstring& headers, const std::string& body, DWORD& code) {
+// True when an answer has begun to arrive, else the platform's last error tells why not.
+bool Send(HINTERNET request, const std::wstring& headers, const std::string& body) {
   void* const data = body.empty() ? WINHTTP_NO_REQUEST_DATA : const_cast<char*>(body.data());
   const auto size = static_cast<DWORD>(body.size());
   constexpr auto kAutomatic = static_cast<DWORD>(-1);
-  if (WinHttpSendRequest(request, headers.c_str(), kAutomatic, data, size, size, 0) == FALSE ||
-      WinHttpReceiveResponse(request, nullptr) == FALSE) {
-    code = GetLastError();
-    return false;
-  }
-  return true;
+  return WinHttpSendRequest(request, headers.c_str(), kAutomatic, data, size, size, 0) != FALSE &&
+         WinHttpReceiveResponse(request, nullptr) != FALSE;
 }
 
-bool QueryStatus(HINTERNET request, DWORD& status) {
+// 0 when it can't be read.
+DWORD QueryStatus(HINTERNET request) {
+  DWORD status = 0;
   DWORD size = sizeof(status);
-  return WinHttpQueryHeaders(request, WINHTTP_QUERY_STATUS_CODE | WINHTTP_QUERY_FLAG_NUMBER,
-                             WINHTTP_HEADER_NAME_BY_INDEX, &status, &size,
-                             WINHTTP_NO_HEADER_INDEX) != FALSE;
+  const BOOL found =
+      WinHttpQueryHeaders(request, WINHTTP_QUERY_STATUS_CODE | WINHTTP_QUERY_FLAG_NUMBER,
+                          WINHTTP_HEADER_NAME_BY_INDEX, &status, &size, WINHTTP_NO_HEADER_INDEX);
+  return found == FALSE ? 0 : status;
 }
 
 // What breaks off is not reported: the caller gets what came until then.
@@ -91,92 +91,19 @@ std::string ReadBody(HINTERNET request) {
   }
 }
 
-// Leaves the code in `statusOut` as well.
-bool FailTransport(DWORD code, std::wstring& error, DWORD* statusOut) {
-  error = HttpErrorText(code);
-  if (statusOut != nullptr) {
-    *statusOut = code;
+HttpReply ReadReply(HINTERNET request) {
+  HttpReply reply;
+  reply.answered = true;
+  reply.status = QueryStatus(request);
+  reply.body = ReadBody(request);
+  if (reply.status >= 400) {
+    reply.error = L"面板 HTTP " + std::to_wstring(reply.status);
   }
-  return false;
+  return reply;
 }
 
-// Guards the creation and the copying of the session.
-Mutex SessionLock;
-
-// Never destroyed: a fetch may still run while the process exits.
-SharedInternetHandle& Session VPN_GUARDED_BY(SessionLock) = *new SharedInternetHandle;
-
-SharedInternetHandle OpenSession() {
-  constexpr int kResolve = 8000;  // time-outs in milliseconds
-  constexpr int kConnect = 12000;
-  constexpr int kSend = 15000;
-  constexpr int kReceive = 20000;
-  HINTERNET session = WinHttpOpen(kUserAgent, WINHTTP_ACCESS_TYPE_NO_PROXY, WINHTTP_NO_PROXY_NAME,
-                                  WINHTTP_NO_PROXY_BYPASS, 0);
-  if (session == nullptr) {
-    return nullptr;
-  }
-  (void)WinHttpSetTimeouts(session, kResolve, kConnect, kSend, kReceive);  // else the defaults
-  return {session, [](HINTERNET handle) { (void)WinHttpCloseHandle(handle); }};
-}
-
-}  // namespace
-
-SharedInternetHandle SharedSession() {
-  const MutexLock lock(SessionLock);
-  if (Session == nullptr) {
-    Session = OpenSession();
-  }
-  return Session;
-}
-
-bool HttpRequest(const std::wstring& method, const std::wstring& url,
-                 const std::wstring& authorization, const std::string& body,
-                 const std::wstring& contentType, std::string& response, std::wstring& error,
-                 const wchar_t* userAgent, DWORD* statusOut) {
-  if (statusOut != nullptr) {
-    *statusOut = 0;
-  }
-  UrlParts parts;
-  if (!CrackUrl(url, parts)) {
-    error = L"面板地址无效";
-    return false;
-  }
-  const SharedInternetHandle session = SharedSession();
-  if (session == nullptr) {
-    error = L"无法初始化网络请求";
-    return false;
-  }
-  const InternetHandle connection(WinHttpConnect(session.get(), parts.host.data(), parts.port, 0));
-  const DWORD connectError = GetLastError();
-  if (!connection) {
-    return FailTransport(connectError, error, statusOut);
-  }
-  const InternetHandle request(WinHttpOpenRequest(
-      connection.get(), method.c_str(), parts.path.data(), nullptr, WINHTTP_NO_REFERER,
-      WINHTTP_DEFAULT_ACCEPT_TYPES, parts.secure ? WINHTTP_FLAG_SECURE : 0));
-  if (!request) {
-    error = L"无法创建面板请求";
-    return false;
-  }
-  DWORD sendError = 0;
-  if (!Send(request.get(), HeaderBlock(userAgent, !body.empty(), contentType, authorization), body,
-            sendError)) {
-    return FailTransport(sendError, error, statusOut);
-  }
-  DWORD status = 0;
-  if (QueryStatus(request.get(), status) && statusOut != nullptr) {
-    *statusOut = status;
-  }
-  response = ReadBody(request.get());
-  if (status >= 400) {
-    error = L"面板 HTTP " + std::to_wstring(status);
-    return false;
-  }
-  return true;
-}
-
-std::wstring HttpErrorText(DWORD code) {
+// The user's text for a WinHTTP error code (winhttp.h).
+const wchar_t* HttpErrorText(DWORD code) {
   switch (code) {
     case ERROR_WINHTTP_TIMEOUT:
       return L"连接面板超时。请检查网络，或稍后再试。";
@@ -200,6 +127,47 @@ std::wstring HttpErrorText(DWORD code) {
     default:
       return L"无法连接面板。";
   }
+}
+
+HttpReply Failure(const wchar_t* text, DWORD code = 0) {
+  HttpReply reply;
+  reply.status = code;
+  reply.error = text;
+  return reply;
+}
+
+HttpReply TransportFailure(DWORD code) {
+  return Failure(HttpErrorText(code), code);
+}
+
+}  // namespace
+
+HttpReply SendHttpRequest(const HttpRequest& request) {
+  const std::optional<UrlParts> parts = CrackUrl(request.url);
+  if (!parts) {
+    return Failure(L"面板地址无效");
+  }
+  const SharedInternetHandle session = SharedHttpSession();
+  if (session == nullptr) {
+    return Failure(L"无法初始化网络请求");
+  }
+  const InternetHandle connection(
+      WinHttpConnect(session.get(), parts->host.data(), parts->port, 0));
+  const DWORD connectError = GetLastError();
+  if (!connection) {
+    return TransportFailure(connectError);
+  }
+  const InternetHandle handle(WinHttpOpenRequest(
+      connection.get(), request.method.c_str(), parts->path.data(), nullptr, WINHTTP_NO_REFERER,
+      WINHTTP_DEFAULT_ACCEPT_TYPES, parts->secure ? WINHTTP_FLAG_SECURE : 0));
+  if (!handle) {
+    return Failure(L"无法创建面板请求");
+  }
+  const std::wstring headers = HeaderBlock(request);
+  if (!Send(handle.get(), headers, request.body)) {
+    return TransportFailure(GetLastError());
+  }
+  return ReadReply(handle.get());
 }
 
 }  // namespace vpn

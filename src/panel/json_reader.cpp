@@ -118,13 +118,13 @@ std::int64_t JsonInt(const std::string& text, std::string_view key, std::int64_t
   return ReadNumber(text, at < text.size() && text[at] == '"' ? at + 1 : at);
 }
 
-bool JsonOptionalInt(const std::string& text, std::string_view key, std::int64_t& out) {
+std::optional<std::int64_t> JsonOptionalInt(const std::string& text, std::string_view key) {
   const size_t at = FindValue(text, key);
   if (at == kNone || at >= text.size() || text.compare(at, 4, "null") == 0) {
-    return false;
+    return std::nullopt;
   }
-  out = ReadNumber(text, at);
-  return out >= 0;
+  const std::int64_t number = ReadNumber(text, at);
+  return number >= 0 ? std::optional(number) : std::nullopt;
 }
 
 bool JsonBool(const std::string& text, std::string_view key) {

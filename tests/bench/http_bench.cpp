@@ -13,11 +13,7 @@ void HttpBody(benchmark::State& state) {
   const std::string body = bench::PlanList(static_cast<size_t>(state.range(0)));
   machine->http.On("GET", "https://panel.example/x", {.body = body});
   bench::Measure(state, body, state.range(0), [&] {
-    std::string response;
-    std::wstring error;
-    if (!vpn::HttpRequest(L"GET", L"https://panel.example/x", L"", "", L"", response, error,
-                          nullptr, nullptr) ||
-        response.size() != body.size()) {
+    if (vpn::SendHttpRequest({.url = L"https://panel.example/x"}).body.size() != body.size()) {
       state.SkipWithError("the body did not come whole");
     }
     machine->http.Forget();

@@ -17,21 +17,35 @@ class HttpTest : public sim::MachineTest {
  protected:
   void Answer(sim::HttpAnswer answer) { machine.http.OnNext("GET", url, std::move(answer)); }
 
-  bool Get() {
-    return HttpRequest(L"GET", L"https://panel.example/api/x?y=1", L"", "", L"", response, error,
-                       nullptr, &status);
+  // Takes over what the reply has: a body only with an answer, an error only with a failure.
+  bool Keep(const HttpReply& reply) {
+    status = reply.status;
+    if (reply.answered) {
+      response = reply.body;
+    }
+    EXPECT_TRUE(reply.answered || reply.body.empty());
+    if (!reply.error.empty()) {
+      error = reply.error;
+    }
+    return reply.ok();
   }
+  bool Get() { return Get(L"https://panel.example/api/x?y=1"); }
+  bool Get(const std::wstring& address) { return Keep(SendHttpRequest({.url = address})); }
   // The header block of one POST.
-  std::string HeadersOf(const wchar_t* authorization, const char* body, const wchar_t* contentType,
+  std::string HeadersOf(const wchar_t* credential, const char* body, const wchar_t* contentType,
                         const wchar_t* userAgent) {
     machine.http.Forget();
     machine.http.OnNext("POST", url, {});
-    EXPECT_TRUE(HttpRequest(L"POST", L"https://panel.example/api/x?y=1", authorization, body,
-                            contentType, response, error, userAgent, &status));
+    EXPECT_TRUE(Keep(SendHttpRequest({.method = L"POST",
+                                      .url = L"https://panel.example/api/x?y=1",
+                                      .credential = credential,
+                                      .body = body,
+                                      .contentType = contentType,
+                                      .userAgent = userAgent})));
     return machine.http.Requests().at(0).headers;
   }
 
-  // Outputs as a caller may pass them: not empty.
+  // What the last request came to; not empty before, to show what it leaves alone.
   std::string response = "earlier body";
   std::wstring error = L"earlier error";
   DWORD status = 777;

@@ -44,13 +44,11 @@ class Statuses : public AccountTest, public ::testing::WithParamInterface<Status
 
 TEST_P(Statuses, TransportHandsOnNumberAndBody) {
   AnswerAll("a body");
-  std::string response = "untouched";
-  DWORD status = 0;
-  EXPECT_FALSE(
-      vpn::HttpRequest(L"GET", apiBase + L"/any", L"", "", L"", response, error, nullptr, &status));
-  EXPECT_EQ(error, GetParam().text);
-  EXPECT_EQ(status, static_cast<DWORD>(GetParam().status));
-  EXPECT_EQ(response, "a body");
+  const vpn::HttpReply reply = vpn::SendHttpRequest({.url = apiBase + L"/any"});
+  EXPECT_FALSE(reply.ok());
+  EXPECT_EQ(reply.error, GetParam().text);
+  EXPECT_EQ(reply.status, static_cast<DWORD>(GetParam().status));
+  EXPECT_EQ(reply.body, "a body");
 }
 
 TEST_P(Statuses, SignedInOperationsSayTheNumberWhateverThePanelSays) {

@@ -15,7 +15,11 @@ class Transport : public AccountTest {
     response = "untouched";
     error.clear();
     status = 77;
-    return vpn::HttpRequest(L"GET", url, L"", "", L"", response, error, nullptr, &status);
+    const vpn::HttpReply reply = vpn::SendHttpRequest({.url = url});
+    status = reply.status;
+    error = reply.error;
+    response = reply.answered ? reply.body : response;
+    return reply.ok();
   }
 
   void ExpectFailure(const std::wstring& url, DWORD code, const wchar_t* text) {

@@ -24,8 +24,8 @@ void AppendUtf8(unsigned unit, std::string& out) {
   }
 }
 
-// Decodes the escape at the front of `rest` and returns its length in bytes; what is no escape that
-// the panel's texts need is copied as one plain byte.
+// Decodes the escape at the front of `rest` and returns its length in bytes. Every other byte is
+// copied, and so is the backslash of an unknown escape.
 size_t DecodeFront(std::string_view rest, std::string& out) {
   const char next = rest.front() == '\\' && rest.size() > 1 ? rest[1] : '\0';
   if (next == '"' || next == '/' || next == '\\') {
@@ -46,18 +46,6 @@ size_t DecodeFront(std::string_view rest, std::string& out) {
 }
 
 }  // namespace
-
-std::string JsonEscape(std::string_view text) {
-  std::string escaped;
-  for (const char byte : EscapeQuotes(text)) {
-    if (byte == '\n') {
-      escaped += "\\n";
-    } else {
-      escaped += byte;
-    }
-  }
-  return escaped;
-}
 
 std::string JsonUnescape(std::string_view text) {
   std::string decoded;
