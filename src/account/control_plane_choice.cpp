@@ -9,17 +9,15 @@ namespace vpn {
 
 std::unique_ptr<ControlPlane> CreateControlPlane(const std::wstring& runtimeDir) {
   const std::wstring credentialPath = runtimeDir + L'\\' + kSessionFile;
-  const PanelEndpoints endpoints = ReadPanelEndpoints(runtimeDir);
-  std::wstring apiBase = TrimEndSlashes(endpoints.apiBase);
-  if (!apiBase.empty()) {
-    return std::make_unique<XboardControlPlane>(std::move(apiBase), credentialPath,
-                                                endpoints.deviceApi, endpoints.inviteBase);
+  PanelEndpoints panel = ReadPanelEndpoints(runtimeDir);
+  if (TrimEndSlashes(panel.apiBase).empty()) {
+    panel = {.apiBase = PanelUrlFromEnvironment()};
   }
-  apiBase = TrimEndSlashes(PanelUrlFromEnvironment());
-  if (!apiBase.empty()) {
-    return std::make_unique<XboardControlPlane>(std::move(apiBase), credentialPath, L"", L"");
+  if (TrimEndSlashes(panel.apiBase).empty()) {
+    return std::make_unique<LocalControlPlane>(runtimeDir + L'\\' + kAccountFile, credentialPath);
   }
-  return std::make_unique<LocalControlPlane>(runtimeDir + L'\\' + kAccountFile, credentialPath);
+  return std::make_unique<XboardControlPlane>(panel.apiBase, credentialPath, panel.deviceApi,
+                                              panel.inviteBase);
 }
 
 }  // namespace vpn

@@ -6,10 +6,13 @@
 
 namespace vpn {
 
-std::wstring ExtractAuthData(const std::string& response) {
-  const std::string data = JsonDataObject(response);
+std::wstring ExtractAuthData(const PanelReply& reply) {
+  if (!reply.ok()) {
+    return {};
+  }
+  const std::string data = JsonDataObject(reply.body);
   std::string value;
-  for (const std::string* text : {&data, &response}) {
+  for (const std::string* text : {&data, &reply.body}) {
     for (const char* key : {"auth_data", "token"}) {
       if (value.empty()) {
         value = JsonString(*text, key);
@@ -19,26 +22,11 @@ std::wstring ExtractAuthData(const std::string& response) {
   return Utf8ToWide(value);
 }
 
-std::wstring ExtractAuthData(const HttpReply& reply) {
-  return reply.ok() ? ExtractAuthData(reply.body) : std::wstring();
-}
-
-StoredCredential LoadCredential(const std::wstring& path) {
-  std::string content;
-  if (!ReadFileBytes(path, content)) {
-    return {};
-  }
-  StoredCredential credential;
-  credential.authData = Utf8ToWide(JsonString(content, "auth_data"));
-  credential.email = Utf8ToWide(JsonString(content, "email"));
-  return credential;
-}
-
-Status SaveCredential(const std::wstring& path, const StoredCredential& credential) {
-  const bool opened =
-      WriteFileBytes(path, R"({"email":")" + WideToUtf8(credential.email) + R"(","auth_data":")" +
-                               WideToUtf8(credential.authData) + "\"}\n");
-  return opened ? Status::success() : Status::failure(L"无法保存登录状态");
+Status SaveCredential(const std::wstring& path, const std::wstring& email,
+                      const std::wstring& authData) {
+  const std::string line =
+      R"({"email":")" + WideToUtf8(email) + R"(","auth_data":")" + WideToUtf8(authData) + "\"}\n";
+  return WriteFileBytes(path, line) ? Status::success() : Status::failure(L"无法保存登录状态");
 }
 
 }  // namespace vpn

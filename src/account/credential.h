@@ -5,28 +5,18 @@
 #include <string>
 
 #include "src/common/status.h"
-#include "src/panel/http_request.h"
+#include "src/panel/panel_client.h"
 
 namespace vpn {
 
-// The credential in a response: "auth_data" or "token", in its data object or anywhere. Empty when
-// there is none.
-std::wstring ExtractAuthData(const std::string& response);
+// "auth_data" or "token" of a successful reply, in its data object or anywhere. Empty when there is
+// none.
+std::wstring ExtractAuthData(const PanelReply& reply);
 
-// That of a request that succeeded.
-std::wstring ExtractAuthData(const HttpReply& reply);
-
-struct StoredCredential {
-  std::wstring email;
-  std::wstring authData;
-};
-
-// Both empty when the file can't be opened; a damaged one gives what can be found in it.
-StoredCredential LoadCredential(const std::wstring& path);
-
-// Neither value is escaped. Fails when the file can't be opened; whether the write itself worked is
-// not tested.
-Status SaveCredential(const std::wstring& path, const StoredCredential& credential);
+// Writes the credential file; neither value is escaped. Fails when it can't be opened; whether the
+// write itself worked is not tested.
+Status SaveCredential(const std::wstring& path, const std::wstring& email,
+                      const std::wstring& authData);
 
 }  // namespace vpn
 

@@ -1,5 +1,5 @@
-// Reads the hand-written `account.json` and the small `session.json` beside it: flat text search, no
-// nesting, no decoding of escapes.
+// Reads the hand-written `account.json` and the small `session.json` beside it: flat text search,
+// no nesting, no decoding of escapes.
 #ifndef TAVRIN_SRC_ACCOUNT_LOCAL_ACCOUNT_H_
 #define TAVRIN_SRC_ACCOUNT_LOCAL_ACCOUNT_H_
 

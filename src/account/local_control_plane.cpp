@@ -11,7 +11,10 @@
 namespace vpn {
 namespace {
 
-bool Unsupported(const wchar_t* text, std::wstring& error) {
+// How an operation ends that this environment does not offer.
+template <class... Outputs>
+bool Unsupported(const wchar_t* text, std::wstring& error, Outputs&... outputs) {
+  ((outputs = Outputs()), ...);
   error = text;
   return false;
 }
@@ -101,8 +104,7 @@ bool LocalControlPlane::logout() {
 }
 
 bool LocalControlPlane::fetchRegisterConfig(RegisterConfig& config, std::wstring& error) {
-  config = RegisterConfig();
-  return Unsupported(L"当前环境不支持注册", error);
+  return Unsupported(L"当前环境不支持注册", error, config);
 }
 
 bool LocalControlPlane::sendEmailCode(const std::wstring& /*email*/, std::wstring& error) {
@@ -123,32 +125,26 @@ bool LocalControlPlane::resetPassword(const std::wstring& /*email*/,
 }
 
 bool LocalControlPlane::fetchPlans(std::vector<PlanOption>& plans, std::wstring& error) {
-  plans.clear();
-  return Unsupported(L"当前环境不支持购买套餐", error);
+  return Unsupported(L"当前环境不支持购买套餐", error, plans);
 }
 
 bool LocalControlPlane::purchasePlan(std::int32_t /*planId*/, const std::wstring& /*period*/,
                                      PurchaseResult& result, std::wstring& error) {
-  result = PurchaseResult();
-  return Unsupported(L"当前环境不支持购买套餐", error);
+  return Unsupported(L"当前环境不支持购买套餐", error, result);
 }
 
 bool LocalControlPlane::checkOrderPaid(const std::wstring& /*tradeNo*/, bool& paid,
                                        std::wstring& error) {
-  paid = false;
-  return Unsupported(L"当前环境不支持查询订单", error);
+  return Unsupported(L"当前环境不支持查询订单", error, paid);
 }
 
 bool LocalControlPlane::fetchInvite(InviteInfo& info, std::wstring& error) {
-  info = InviteInfo();
-  return Unsupported(L"当前环境不支持邀请", error);
+  return Unsupported(L"当前环境不支持邀请", error, info);
 }
 
 bool LocalControlPlane::fetchReferrals(std::int32_t /*page*/, std::vector<ReferralRow>& rows,
                                        std::int32_t& total, std::wstring& error) {
-  rows.clear();
-  total = 0;
-  return Unsupported(L"当前环境不支持邀请", error);
+  return Unsupported(L"当前环境不支持邀请", error, rows, total);
 }
 
 bool LocalControlPlane::claimDevice(const std::wstring& /*deviceId*/, std::int32_t& used,

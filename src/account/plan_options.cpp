@@ -1,7 +1,9 @@
 #include "src/account/plan_options.h"
 
+#include <algorithm>
 #include <array>
 #include <cstdio>
+#include <functional>
 
 #include "src/common/text.h"
 #include "src/panel/json_reader.h"
@@ -36,12 +38,8 @@ std::wstring TrafficText(std::int64_t traffic) {
          L" GB";
 }
 
-bool IsPaidByTime(const PlanOption& option) {
-  return option.days > 0 && option.priceCents > 0;
-}
-
-double PricePerDay(const PlanOption& option) {
-  return static_cast<double>(option.priceCents) / option.days;
+double PricePerDay(const PlanOption* option) {
+  return static_cast<double>(option->priceCents) / option->days;
 }
 
 void SetPrice(std::int64_t cents, PlanOption& option) {
@@ -89,31 +87,18 @@ void AddPlan(const std::string& planJson, std::vector<PlanOption>& plans) {
 }
 
 void TagBestOffers(std::vector<PlanOption>& plans) {
-  constexpr double kNoPrice = 1e18;
-  double bestPrice = kNoPrice;
-  double secondPrice = kNoPrice;
-  PlanOption* best = nullptr;
-  PlanOption* second = nullptr;
+  std::vector<PlanOption*> offers;
   for (PlanOption& option : plans) {
-    if (!IsPaidByTime(option)) {
-      continue;
-    }
-    const double price = PricePerDay(option);
-    if (price < bestPrice) {
-      secondPrice = bestPrice;
-      second = best;
-      bestPrice = price;
-      best = &option;
-    } else if (price < secondPrice) {
-      secondPrice = price;
-      second = &option;
+    if (option.days > 0 && option.priceCents > 0) {
+      offers.push_back(&option);
     }
   }
-  if (best != nullptr) {
-    best->tag = L"超值套餐";
+  std::ranges::stable_sort(offers, std::less(), PricePerDay);
+  if (!offers.empty()) {
+    offers[0]->tag = L"超值套餐";
   }
-  if (second != nullptr) {
-    second->tag = L"最受欢迎";
+  if (offers.size() > 1) {
+    offers[1]->tag = L"最受欢迎";
   }
 }
 

@@ -66,7 +66,7 @@ std::wstring FetchSubscription(const std::wstring& url, std::vector<NodeInfo>& n
   if (url.empty()) {
     return {};
   }
-  const HttpReply reply = SendHttpRequest({.url = url, .userAgent = kSubscriptionAgent});
+  const PanelReply reply = PanelClient{.base = url, .userAgent = kSubscriptionAgent}.get(L"");
   if (reply.ok()) {
     ParseSubscription(reply.body, nodes);
   }
@@ -98,7 +98,7 @@ bool XboardControlPlane::fetchAccount(AccountSession& session, std::wstring& err
 Status XboardControlPlane::fetchServers(const std::wstring& uuid,
                                         const std::wstring& subscriptionError,
                                         std::vector<NodeInfo>& nodes) const {
-  const HttpReply reply = panel_.get(L"/api/v1/user/server/fetch");
+  const PanelReply reply = panel_.get(L"/api/v1/user/server/fetch");
   if (!reply.ok()) {
     return Status::failure(FirstText({subscriptionError, reply.error, L"无法获取订阅节点"}));
   }

@@ -6,20 +6,25 @@
 
 #include "src/account/credential.h"
 #include "src/account/failure_text.h"
+#include "src/common/files.h"
 #include "src/common/text.h"
 #include "src/panel/endpoints.h"
+#include "src/panel/json_reader.h"
 #include "src/panel/request_text.h"
 
 namespace vpn {
 
 XboardControlPlane::XboardControlPlane(std::wstring apiBase, std::wstring credentialPath,
                                        std::wstring deviceApi, std::wstring inviteBase)
-    : credentialPath_(std::move(credentialPath)),
+    : panel_{TrimEndSlashes(std::move(apiBase))},
+      credentialPath_(std::move(credentialPath)),
       deviceApi_(TrimEndSlashes(std::move(deviceApi))),
       inviteBase_(TrimEndSlashes(std::move(inviteBase))) {
-  StoredCredential stored = LoadCredential(credentialPath_);
-  panel_ = {TrimEndSlashes(std::move(apiBase)), std::move(stored.authData)};
-  email_ = std::move(stored.email);
+  std::string stored;
+  if (ReadFileBytes(credentialPath_, stored)) {
+    panel_.credential = Utf8ToWide(JsonString(stored, "auth_data"));
+    email_ = Utf8ToWide(JsonString(stored, "email"));
+  }
 }
 
 // Some panels read a JSON body and some only a form. Whatever went wrong with the first, the second
@@ -28,15 +33,16 @@ bool XboardControlPlane::login(const std::wstring& email, const std::wstring& pa
                                std::wstring& error) {
   const std::wstring path = L"/api/v1/passport/auth/login";
   const PanelClient guest = panel_.signedOut();
-  const HttpReply first =
+  const PanelReply first =
       guest.post(path, JsonBody().addText("email", email).addText("password", password).str());
   std::wstring authData = ExtractAuthData(first);
   if (!authData.empty()) {
     return Succeeded(signIn(email, authData), error);
   }
   error.clear();
-  const HttpReply second = guest.postForm(path, "email=" + UrlEncode(WideToUtf8(email)) +
-                                                    "&password=" + UrlEncode(WideToUtf8(password)));
+  const std::string form =
+      "email=" + UrlEncode(WideToUtf8(email)) + "&password=" + UrlEncode(WideToUtf8(password));
+  const PanelReply second = guest.post(path, form, kFormType);
   authData = ExtractAuthData(second);
   if (!authData.empty()) {
     return Succeeded(signIn(email, authData), error);
@@ -53,7 +59,7 @@ bool XboardControlPlane::login(const std::wstring& email, const std::wstring& pa
 Status XboardControlPlane::signIn(const std::wstring& email, const std::wstring& authData) {
   email_ = email;
   panel_.credential = authData;
-  return SaveCredential(credentialPath_, {email, authData});
+  return SaveCredential(credentialPath_, email, authData);
 }
 
 bool XboardControlPlane::logout() {
@@ -68,7 +74,7 @@ Status XboardControlPlane::requireSignIn() const {
 
 Status XboardControlPlane::fetch(const std::wstring& path, std::string& body) const {
   return requireSignIn().andThen([&] {
-    HttpReply reply = panel_.get(path);
+    PanelReply reply = panel_.get(path);
     body = std::move(reply.body);
     return reply.ok() ? Status::success() : Status::failure(reply.error);
   });

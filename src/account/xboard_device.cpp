@@ -29,7 +29,7 @@ bool XboardControlPlane::claimDevice(const std::wstring& deviceId, std::int32_t&
     return false;
   }
   const PanelClient devices = {deviceApi_, panel_.credential};
-  const HttpReply reply = devices.post(L"/claim", JsonBody().addText("device_id", deviceId).str());
+  const PanelReply reply = devices.post(L"/claim", JsonBody().addText("device_id", deviceId).str());
   if (!reply.ok()) {
     error = FirstText({MessageIn(reply.body), reply.error, L"设备登记失败"});
     return false;

@@ -59,7 +59,7 @@ bool XboardControlPlane::fetchInvite(InviteInfo& info, std::wstring& error) {
   std::string code = FirstInviteCode(response);
   if (code.empty()) {
     (void)panel_.get(L"/api/v1/user/invite/save");  // makes a code; the next answer tells
-    HttpReply again = panel_.get(path);
+    PanelReply again = panel_.get(path);
     if (again.ok()) {
       response = std::move(again.body);
       code = FirstInviteCode(response);
@@ -72,7 +72,7 @@ bool XboardControlPlane::fetchInvite(InviteInfo& info, std::wstring& error) {
   info.code = Utf8ToWide(code);
   info.link = inviteLinkBase() + L"/i/?c=" + info.code;
   ReadStatistics(response, info);
-  const HttpReply account = panel_.get(L"/api/v1/user/info");
+  const PanelReply account = panel_.get(L"/api/v1/user/info");
   if (account.ok()) {
     info.balance = JsonInt(JsonDataObject(account.body), "balance", 0);
   }

@@ -23,8 +23,8 @@ bool Contains(const std::wstring& text, const wchar_t* part) {
 }
 
 bool IsPendingOrderError(const std::wstring& text) {
-  return std::any_of(std::begin(kPendingWords), std::end(kPendingWords),
-                     [&](const wchar_t* word) { return Contains(text, word); });
+  return std::ranges::any_of(kPendingWords,
+                             [&](const wchar_t* word) { return Contains(text, word); });
 }
 
 // A line for the panel's operator rather than for the user.
@@ -52,30 +52,26 @@ void CancelOrder(const PanelClient& panel, const std::string& tradeNo) {
   }
 }
 
-// Cancels the orders that an earlier attempt left open.
-void CancelOpenOrders(const PanelClient& panel) {
-  const HttpReply open = panel.get(L"/api/v1/user/order/fetch?status=0");
-  if (open.ok()) {
-    for (const std::string& order : JsonObjectArray(open.body, "data")) {
+void CancelOrdersIn(const PanelReply& list, const PanelClient& panel, bool onlyOpen) {
+  for (const std::string& order : JsonObjectArray(list.ok() ? list.body : "", "data")) {
+    if (!onlyOpen || JsonInt(order, "status", -1) == 0) {
       CancelOrder(panel, JsonString(order, "trade_no"));
     }
   }
-  // A panel that knows no filter was asked to cancel everything it listed, and refuses what is not
-  // open; one that filters differently gets a second chance here.
-  const HttpReply all = panel.get(L"/api/v1/user/order/fetch");
-  if (all.ok()) {
-    for (const std::string& order : JsonObjectArray(all.body, "data")) {
-      if (JsonInt(order, "status", -1) == 0) {
-        CancelOrder(panel, JsonString(order, "trade_no"));
-      }
-    }
-  }
+}
+
+// Cancels the orders that an earlier attempt left open. A panel that knows no filter is asked to
+// cancel everything it lists, and refuses what is not open; one that filters differently gets a
+// second chance with the whole list.
+void CancelOpenOrders(const PanelClient& panel) {
+  CancelOrdersIn(panel.get(L"/api/v1/user/order/fetch?status=0"), panel, false);
+  CancelOrdersIn(panel.get(L"/api/v1/user/order/fetch"), panel, true);
 }
 
 // `tradeNo` is the panel's order number, in UTF-8.
 Status PlaceOrder(const PanelClient& panel, std::int32_t planId, const std::wstring& period,
                   std::string& tradeNo) {
-  const HttpReply reply =
+  const PanelReply reply =
       panel.post(L"/api/v1/user/order/save",
                  JsonBody().addNumber("plan_id", planId).addText("period", period).str());
   if (!reply.ok()) {
@@ -87,7 +83,7 @@ Status PlaceOrder(const PanelClient& panel, std::int32_t planId, const std::wstr
 
 // Id of the first payment method that the panel lists, 0 when there is none.
 std::int64_t FirstPaymentMethod(const PanelClient& panel) {
-  const HttpReply reply = panel.get(L"/api/v1/user/order/getPaymentMethod");
+  const PanelReply reply = panel.get(L"/api/v1/user/order/getPaymentMethod");
   if (!reply.ok()) {
     return 0;
   }
@@ -126,7 +122,7 @@ Status XboardControlPlane::checkOut(const std::string& tradeNo, PurchaseResult& 
   if (method > 0) {
     body.addNumber("method", method);
   }
-  const HttpReply reply = panel_.post(L"/api/v1/user/order/checkout", body.str());
+  const PanelReply reply = panel_.post(L"/api/v1/user/order/checkout", body.str());
   const std::wstring failure =
       reply.ok() ? std::wstring() : FirstText({MessageIn(reply.body), reply.error});
   if (reply.ok() && OrderType(reply.body) == kNothingToPay) {

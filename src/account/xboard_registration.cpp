@@ -9,7 +9,7 @@
 namespace vpn {
 namespace {
 
-std::wstring RefusalText(const HttpReply& reply, const wchar_t* step) {
+std::wstring RefusalText(const PanelReply& reply, const wchar_t* step) {
   return PanelErrorWithDetail(FirstText({MessageIn(reply.body), reply.error}), step, reply.status);
 }
 
@@ -26,7 +26,7 @@ std::wstring RegistrationError(const std::string& response, const std::wstring& 
 bool XboardControlPlane::fetchRegisterConfig(RegisterConfig& config, std::wstring& error) {
   config = RegisterConfig();
   const PanelClient guest = panel_.signedOut();
-  HttpReply reply = guest.get(L"/api/v1/guest/comm/config");
+  PanelReply reply = guest.get(L"/api/v1/guest/comm/config");
   if (!reply.ok()) {
     const std::wstring firstError = reply.error;
     reply = guest.get(L"/api/v1/passport/comm/config");
@@ -43,8 +43,8 @@ bool XboardControlPlane::fetchRegisterConfig(RegisterConfig& config, std::wstrin
 }
 
 bool XboardControlPlane::sendEmailCode(const std::wstring& email, std::wstring& error) {
-  const HttpReply reply = panel_.signedOut().post(L"/api/v1/passport/comm/sendEmailVerify",
-                                                  JsonBody().addText("email", email).str());
+  const PanelReply reply = panel_.signedOut().post(L"/api/v1/passport/comm/sendEmailVerify",
+                                                   JsonBody().addText("email", email).str());
   if (!reply.ok()) {
     error = RefusalText(reply, L"SEND");
   }
@@ -62,7 +62,7 @@ bool XboardControlPlane::registerAccount(const std::wstring& email, const std::w
   if (!emailCode.empty()) {
     body.addText("email_code", emailCode);
   }
-  const HttpReply reply = panel_.signedOut().post(L"/api/v1/passport/auth/register", body.str());
+  const PanelReply reply = panel_.signedOut().post(L"/api/v1/passport/auth/register", body.str());
   const std::wstring authData = ExtractAuthData(reply);
   if (!authData.empty()) {
     return Succeeded(signIn(email, authData), error);
@@ -88,7 +88,7 @@ bool XboardControlPlane::resetPassword(const std::wstring& email, const std::wst
                                .addText("email_code", emailCode)
                                .addText("password", newPassword)
                                .str();
-  const HttpReply reply = panel_.signedOut().post(L"/api/v1/passport/auth/forget", body);
+  const PanelReply reply = panel_.signedOut().post(L"/api/v1/passport/auth/forget", body);
   if (!reply.ok()) {
     error = RefusalText(reply, L"RESET");
     return false;

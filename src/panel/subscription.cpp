@@ -21,9 +21,9 @@ constexpr size_t kNone = std::string_view::npos;
 constexpr const wchar_t* kNoticeMarkers[] = {L"剩余流量", L"套餐到期", L"距离下次", L"过滤掉"};
 
 bool IsNotice(const std::wstring& name) {
-  return std::any_of(
-      std::begin(kNoticeMarkers), std::end(kNoticeMarkers),
-      [&](const wchar_t* marker) { return name.find(marker) != std::wstring::npos; });
+  return std::ranges::any_of(kNoticeMarkers, [&](const wchar_t* marker) {
+    return name.find(marker) != std::wstring::npos;
+  });
 }
 
 // The links in plain text; a text that is no base64 of links is taken as it stands.
@@ -151,16 +151,16 @@ std::string PercentDecode(std::string_view text) {
 }
 
 std::optional<std::string> DecodeBase64(const std::string& text) {
-  const auto length = static_cast<DWORD>(text.size());
   DWORD size = 0;
-  if (CryptStringToBinaryA(text.data(), length, CRYPT_STRING_BASE64, nullptr, &size, nullptr,
-                           nullptr) == FALSE) {
+  const auto decode = [&](void* bytes) {
+    return CryptStringToBinaryA(text.data(), static_cast<DWORD>(text.size()), CRYPT_STRING_BASE64,
+                                static_cast<BYTE*>(bytes), &size, nullptr, nullptr) != FALSE;
+  };
+  if (!decode(nullptr)) {
     return std::nullopt;
   }
   std::string bytes(size, '\0');
-  if (CryptStringToBinaryA(text.data(), length, CRYPT_STRING_BASE64,
-                           reinterpret_cast<BYTE*>(bytes.data()), &size, nullptr,
-                           nullptr) == FALSE) {
+  if (!decode(bytes.data())) {
     return std::nullopt;
   }
   bytes.resize(size);

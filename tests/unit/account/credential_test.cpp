@@ -11,7 +11,9 @@ namespace {
 
 class Credential : public sim::MachineTest {
  protected:
-  static std::wstring In(const std::string& response) { return ExtractAuthData(response); }
+  static std::wstring In(const std::string& response) {
+    return ExtractAuthData({.body = response});
+  }
 };
 
 TEST_F(Credential, StandsInTheDataObject) {
@@ -58,7 +60,7 @@ class SessionFile : public sim::MachineTest {
 };
 
 TEST_F(SessionFile, IsOneLineOfUtf8) {
-  EXPECT_TRUE(SaveCredential(path, {L"用户@example.com", L"Bearer abc"}));
+  EXPECT_TRUE(SaveCredential(path, L"用户@example.com", L"Bearer abc"));
   EXPECT_EQ(machine.files.Read(path),
             "{\"email\":\"用户@example.com\",\"auth_data\":\"Bearer abc\"}\n");
   EXPECT_EQ(machine.calls.TextsOf("_wfsopen"),
@@ -67,32 +69,32 @@ TEST_F(SessionFile, IsOneLineOfUtf8) {
 
 TEST_F(SessionFile, ReplacesWhatWasThere) {
   machine.files.Put(path, std::string(500, 'x'));
-  EXPECT_TRUE(SaveCredential(path, {L"a", L"b"}));
+  EXPECT_TRUE(SaveCredential(path, L"a", L"b"));
   EXPECT_EQ(machine.files.Read(path), "{\"email\":\"a\",\"auth_data\":\"b\"}\n");
 }
 
 TEST_F(SessionFile, ValuesAreNotEscaped) {
-  EXPECT_TRUE(SaveCredential(path, {L"a\"b\\c", L"d\ne"}));
+  EXPECT_TRUE(SaveCredential(path, L"a\"b\\c", L"d\ne"));
   EXPECT_EQ(machine.files.Read(path), "{\"email\":\"a\"b\\c\",\"auth_data\":\"d\ne\"}\n");
 }
 
 TEST_F(SessionFile, MayHoldEmptyValues) {
-  EXPECT_TRUE(SaveCredential(path, {L"", L""}));
+  EXPECT_TRUE(SaveCredential(path, L"", L""));
   EXPECT_EQ(machine.files.Read(path), "{\"email\":\"\",\"auth_data\":\"\"}\n");
 }
 
 TEST_F(SessionFile, ThatCanNotBeOpenedIsAFailure) {
   machine.files.Put(path, "old");
   machine.files.SetReadOnly(path, true);
-  EXPECT_EQ(SaveCredential(path, {L"a", L"b"}).text(), L"无法保存登录状态");
+  EXPECT_EQ(SaveCredential(path, L"a", L"b").text(), L"无法保存登录状态");
   EXPECT_EQ(machine.files.Read(path), "old");
-  EXPECT_FALSE(SaveCredential(L"C:\\missing\\session.json", {L"a", L"b"}));
+  EXPECT_FALSE(SaveCredential(L"C:\\missing\\session.json", L"a", L"b"));
 }
 
 TEST_F(SessionFile, ThatCanNotBeWrittenIsNone) {
   machine.files.Put(path, "");
   machine.files.SetWritesFail(path, true);
-  EXPECT_TRUE(SaveCredential(path, {L"a", L"b"}));
+  EXPECT_TRUE(SaveCredential(path, L"a", L"b"));
 }
 
 }  // namespace

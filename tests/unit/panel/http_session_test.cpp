@@ -5,7 +5,7 @@
 
 #include "src/panel/http_session.h"
 #include "tests/unit/fresh_process.h"
-#include "tests/unit/panel/http_test.h"
+#include "tests/unit/panel/panel_client_test.h"
 
 namespace vpn {
 namespace {
@@ -77,7 +77,7 @@ TEST_F(HttpSession, TimeOutsThatCanNotBeSetAreNoFailure) {
 TEST_F(HttpSession, TwoThreadsThatMakeTheFirstCallAtOnceOpenOneSession) {
   EXPECT_IN_FRESH_PROCESS([&] {
     const auto get = [] {
-      EXPECT_EQ(SendHttpRequest({.url = L"https://panel.example/api/x?y=1"}).body, "abc");
+      EXPECT_EQ(PanelClient{L"https://panel.example/api/x?y=1"}.get(L"").body, "abc");
     };
     std::thread other;
     machine.faults.Before("WinHttpOpen", 1, [&] {
@@ -95,7 +95,7 @@ TEST_F(HttpSession, TwoThreadsThatMakeTheFirstCallAtOnceOpenOneSession) {
 TEST_F(HttpSession, ARequestDoesNotKeepOthersWaiting) {
   machine.faults.Before("WinHttpSendRequest", 1, [&] {
     std::thread other(
-        [] { EXPECT_TRUE(SendHttpRequest({.url = L"https://panel.example/api/x?y=1"}).ok()); });
+        [] { EXPECT_TRUE(PanelClient{L"https://panel.example/api/x?y=1"}.get(L"").ok()); });
     other.join();
   });
   EXPECT_TRUE(Get());
@@ -117,8 +117,7 @@ TEST_F(HttpSession, ManyThreadsShareIt) {
   for (int i = 0; i < 8; ++i) {
     threads.emplace_back([] {
       for (int call = 0; call < 25; ++call) {
-        const HttpReply reply =
-            SendHttpRequest({.url = L"https://panel.example/api/x?y=1", .credential = L"token"});
+        const PanelReply reply = PanelClient{L"https://panel.example/api/x?y=1", L"token"}.get(L"");
         EXPECT_TRUE(reply.ok());
         EXPECT_EQ(reply.body, "abc");
       }

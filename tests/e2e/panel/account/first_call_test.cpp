@@ -22,7 +22,7 @@ TEST_F(FirstCall, OfTwoThreadsAtOnceOpensOneSession) {
   for (int i = 0; i < 2; ++i) {
     threads[i] = std::thread([&, i] {
       WaitForSingleObject(go, INFINITE);
-      answered[i] = vpn::SendHttpRequest({.url = url}).ok();
+      answered[i] = vpn::PanelClient{url}.get(L"").ok();
     });
   }
   SetEvent(go);

@@ -1,6 +1,6 @@
 // What every status of 400 or more comes to: the number, whatever the body says, unless an
 // operation reads the panel's message.
-#include "src/panel/http_request.h"
+#include "src/panel/panel_client.h"
 #include "tests/e2e/panel/account/account_test.h"
 
 namespace e2e {
@@ -44,7 +44,7 @@ class Statuses : public AccountTest, public ::testing::WithParamInterface<Status
 
 TEST_P(Statuses, TransportHandsOnNumberAndBody) {
   AnswerAll("a body");
-  const vpn::HttpReply reply = vpn::SendHttpRequest({.url = apiBase + L"/any"});
+  const vpn::PanelReply reply = vpn::PanelClient{apiBase + L"/any"}.get(L"");
   EXPECT_FALSE(reply.ok());
   EXPECT_EQ(reply.error, GetParam().text);
   EXPECT_EQ(reply.status, static_cast<DWORD>(GetParam().status));

@@ -2,8 +2,8 @@
 #include <string>
 #include <utility>
 
-#include "src/panel/http_request.h"
-#include "tests/unit/panel/http_test.h"
+#include "src/panel/panel_client.h"
+#include "tests/unit/panel/panel_client_test.h"
 
 namespace vpn {
 namespace {

@@ -1,9 +1,9 @@
 // One request and its answer: what is handed to the platform, and what the caller gets.
-#include "src/panel/http_request.h"
+#include "src/panel/panel_client.h"
 
 #include <set>
 
-#include "tests/unit/panel/http_test.h"
+#include "tests/unit/panel/panel_client_test.h"
 
 namespace vpn {
 namespace {
@@ -41,10 +41,7 @@ TEST_F(HttpCall, MakesThePlatformsCallsInOrderAndClosesItsTwoHandles) {
 TEST_F(HttpCall, HandsTheWholeBodyToThePlatformWithItsSizeTwice) {
   machine.http.OnNext("POST", url, {});
   const std::string body("{\"a\":\"\xE4\xB8\xAD\"}\0\xFF\r\n", 16);
-  EXPECT_TRUE(Keep(SendHttpRequest({.method = L"POST",
-                                    .url = L"https://panel.example/api/x?y=1",
-                                    .body = body,
-                                    .contentType = L"application/json"})));
+  EXPECT_TRUE(Keep(PanelClient{L"https://panel.example"}.post(L"/api/x?y=1", body)));
   EXPECT_EQ(machine.http.Requests().at(0).body, body);
   EXPECT_EQ(machine.calls.TextsOf("WinHttpSendRequest"),
             (Texts{"request, \"Accept: application/json\r\nUser-Agent: Tavrin/0.1\r\n"
@@ -162,9 +159,7 @@ TEST_F(HttpCall, AStatusThatCanNotBeReadCountsAsSuccess) {
 }
 
 TEST_F(HttpCall, NobodyNeedsToAskForTheStatus) {
-  const auto errorOf = [](const wchar_t* address) {
-    return SendHttpRequest({.url = address}).error;
-  };
+  const auto errorOf = [](const wchar_t* address) { return PanelClient{address}.get(L"").error; };
   const wchar_t* const panel = L"https://panel.example/api/x?y=1";
   Answer({.body = "abc"});
   EXPECT_EQ(errorOf(panel), L"");

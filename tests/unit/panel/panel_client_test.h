@@ -1,12 +1,12 @@
 // A fixture for one HTTP call, with the arguments that most tests share.
-#ifndef TAVRIN_TESTS_UNIT_PANEL_HTTP_TEST_H_
-#define TAVRIN_TESTS_UNIT_PANEL_HTTP_TEST_H_
+#ifndef TAVRIN_TESTS_UNIT_PANEL_PANEL_CLIENT_TEST_H_
+#define TAVRIN_TESTS_UNIT_PANEL_PANEL_CLIENT_TEST_H_
 
 #include <string>
 #include <utility>
 #include <vector>
 
-#include "src/panel/http_request.h"
+#include "src/panel/panel_client.h"
 #include "tests/sim/fixture.h"
 
 namespace vpn {
@@ -18,7 +18,7 @@ class HttpTest : public sim::MachineTest {
   void Answer(sim::HttpAnswer answer) { machine.http.OnNext("GET", url, std::move(answer)); }
 
   // Takes over what the reply has: a body only with an answer, an error only with a failure.
-  bool Keep(const HttpReply& reply) {
+  bool Keep(const PanelReply& reply) {
     status = reply.status;
     if (reply.answered) {
       response = reply.body;
@@ -30,18 +30,14 @@ class HttpTest : public sim::MachineTest {
     return reply.ok();
   }
   bool Get() { return Get(L"https://panel.example/api/x?y=1"); }
-  bool Get(const std::wstring& address) { return Keep(SendHttpRequest({.url = address})); }
+  bool Get(const std::wstring& address) { return Keep(PanelClient{address}.get(L"")); }
   // The header block of one POST.
   std::string HeadersOf(const wchar_t* credential, const char* body, const wchar_t* contentType,
                         const wchar_t* userAgent) {
     machine.http.Forget();
     machine.http.OnNext("POST", url, {});
-    EXPECT_TRUE(Keep(SendHttpRequest({.method = L"POST",
-                                      .url = L"https://panel.example/api/x?y=1",
-                                      .credential = credential,
-                                      .body = body,
-                                      .contentType = contentType,
-                                      .userAgent = userAgent})));
+    const PanelClient client = {L"https://panel.example", credential, userAgent};
+    EXPECT_TRUE(Keep(client.post(L"/api/x?y=1", body, contentType)));
     return machine.http.Requests().at(0).headers;
   }
 
@@ -55,4 +51,4 @@ class HttpTest : public sim::MachineTest {
 
 }  // namespace vpn
 
-#endif  // TAVRIN_TESTS_UNIT_PANEL_HTTP_TEST_H_
+#endif  // TAVRIN_TESTS_UNIT_PANEL_PANEL_CLIENT_TEST_H_
