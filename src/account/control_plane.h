@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "src/common/node_info.h"
+#include "src/common/status.h"
 
 namespace vpn {
 
@@ -74,6 +75,14 @@ struct ReferralRow {
   bool paid = false;
   std::int64_t commission = 0;  // hundredths of the currency unit
 };
+
+// Ends an operation as its last step ended: true for success, else the step's text is in `error`.
+inline bool Succeeded(const Status& step, std::wstring& error) {
+  if (!step) {
+    error = step.text();
+  }
+  return static_cast<bool>(step);
+}
 
 // Built for one use by one thread. Operations other than `logout` return true on success; on false
 // `error` holds one line for the user. Output records are reset at the start of a call and then

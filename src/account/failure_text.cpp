@@ -5,13 +5,6 @@
 
 namespace vpn {
 
-bool Succeeded(const Status& step, std::wstring& error) {
-  if (!step) {
-    error = step.text();
-  }
-  return static_cast<bool>(step);
-}
-
 std::wstring MessageIn(const std::string& response) {
   return Utf8ToWide(JsonString(response, "message"));
 }

@@ -1,4 +1,4 @@
-// The user's line about an operation that failed.
+// The user's line about a request to the panel that failed.
 #ifndef TAVRIN_SRC_ACCOUNT_FAILURE_TEXT_H_
 #define TAVRIN_SRC_ACCOUNT_FAILURE_TEXT_H_
 
@@ -7,13 +7,7 @@
 #include <initializer_list>
 #include <string>
 
-#include "src/common/status.h"
-
 namespace vpn {
-
-// Ends a step of an operation as operations end: true for success, else the step's text goes into
-// `error`.
-bool Succeeded(const Status& step, std::wstring& error);
 
 // The "message" in a response; empty when it has none.
 std::wstring MessageIn(const std::string& response);

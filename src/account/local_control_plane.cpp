@@ -4,7 +4,6 @@
 
 #include <utility>
 
-#include "src/account/failure_text.h"
 #include "src/account/local_account.h"
 #include "src/common/text.h"
 

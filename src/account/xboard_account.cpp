@@ -34,10 +34,7 @@ void ReadPlan(const std::string& data, AccountSession& session) {
 
 void ReadAccount(const std::string& data, const std::wstring& knownEmail, AccountSession& session) {
   session.expiresAt = ParseExpiredAt(data);
-  session.email = Utf8ToWide(JsonString(data, "email"));
-  if (session.email.empty()) {
-    session.email = knownEmail;
-  }
+  session.email = FirstText({Utf8ToWide(JsonString(data, "email")), knownEmail});
   session.expiryDate = DateText(session.expiresAt);
   ReadPlan(data, session);
   session.deviceUsed = 0;

@@ -3,7 +3,6 @@
 #define TAVRIN_SRC_ACCOUNT_XBOARD_CONTROL_PLANE_H_
 
 #include "src/account/control_plane.h"
-#include "src/common/status.h"
 #include "src/panel/panel_client.h"
 
 namespace vpn {

@@ -1,6 +1,5 @@
 #include <algorithm>
 
-#include "src/account/failure_text.h"
 #include "src/account/xboard_control_plane.h"
 #include "src/common/text.h"
 #include "src/panel/endpoints.h"

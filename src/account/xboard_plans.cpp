@@ -1,4 +1,3 @@
-#include "src/account/failure_text.h"
 #include "src/account/plan_options.h"
 #include "src/account/xboard_control_plane.h"
 #include "src/panel/json_reader.h"

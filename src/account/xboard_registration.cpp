@@ -28,12 +28,11 @@ bool XboardControlPlane::fetchRegisterConfig(RegisterConfig& config, std::wstrin
   const PanelClient guest = panel_.signedOut();
   PanelReply reply = guest.get(L"/api/v1/guest/comm/config");
   if (!reply.ok()) {
-    const std::wstring firstError = reply.error;
     reply = guest.get(L"/api/v1/passport/comm/config");
-    if (!reply.ok()) {
-      error = PanelErrorWithDetail(FirstText({reply.error, firstError}), L"CFG", reply.status);
-      return false;
-    }
+  }
+  if (!reply.ok()) {
+    error = PanelErrorWithDetail(reply.error, L"CFG", reply.status);
+    return false;
   }
   const std::string data = JsonDataObject(reply.body);
   config.emailVerify = JsonBool(data, "is_email_verify");

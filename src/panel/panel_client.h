@@ -3,13 +3,24 @@
 #define TAVRIN_SRC_PANEL_PANEL_CLIENT_H_
 
 #include <windows.h>
+#include <winhttp.h>
 
+#include <memory>
 #include <string>
+#include <type_traits>
 
 namespace vpn {
 
+inline constexpr wchar_t kUserAgent[] = L"Tavrin/0.1";
 inline constexpr wchar_t kJsonType[] = L"application/json";
 inline constexpr wchar_t kFormType[] = L"application/x-www-form-urlencoded";
+
+using SharedInternetHandle = std::shared_ptr<std::remove_pointer_t<HINTERNET>>;
+
+// The HTTP session of the process, opened by the first call and kept until the process ends. Null
+// when it can't be opened; the next call tries again. Any thread: the lock is held only while the
+// handle is checked, created and its reference copied.
+SharedInternetHandle SharedHttpSession();
 
 struct PanelReply {
   // An answer came; `body` holds it, whatever its status.
@@ -30,7 +41,7 @@ struct PanelReply {
 struct PanelClient {
   std::wstring base;          // with scheme; a path is appended as it stands
   std::wstring credential{};  // sent as two headers, unless it is empty
-  std::wstring userAgent{};   // empty means that of the HTTP session
+  std::wstring userAgent{};   // empty means `kUserAgent`
 
   [[nodiscard]] PanelReply get(const std::wstring& path) const;
 

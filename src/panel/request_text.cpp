@@ -3,12 +3,6 @@
 #include "src/common/text.h"
 
 namespace vpn {
-namespace {
-
-constexpr std::string_view kPlainBytes =
-    "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789-._@";
-
-}  // namespace
 
 JsonBody& JsonBody::addText(std::string_view key, std::wstring_view text) {
   return addUtf8(key, WideToUtf8(text));
@@ -43,6 +37,8 @@ std::string JsonEscape(std::string_view text) {
 
 std::string UrlEncode(std::string_view bytes) {
   constexpr std::string_view kDigits = "0123456789ABCDEF";
+  constexpr std::string_view kPlainBytes =
+      "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789-._@";
   std::string encoded;
   for (const char byte : bytes) {
     if (kPlainBytes.find(byte) != std::string_view::npos) {

@@ -14,12 +14,10 @@ class JsonBody {
   JsonBody& addText(std::string_view key, std::wstring_view text);
   JsonBody& addUtf8(std::string_view key, std::string_view text);
   JsonBody& addNumber(std::string_view key, std::int64_t number);
-
   std::string str() const { return "{" + fields_ + "}"; }
 
  private:
   JsonBody& addRaw(std::string_view key, const std::string& value);
-
   std::string fields_;
 };
 

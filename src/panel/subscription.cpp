@@ -43,19 +43,13 @@ struct HostPort {
 
 // No host without the bracket or colon that ends it.
 HostPort SplitHostPort(const std::string& text) {
-  if (text.starts_with('[')) {
-    const size_t close = text.find(']');
-    if (close == std::string::npos) {
-      return {};
-    }
-    const std::string rest = text.substr(close + 1);
-    return {text.substr(1, close - 1), rest.starts_with(':') ? std::atoi(rest.c_str() + 1) : 0};
-  }
-  const size_t colon = text.rfind(':');
-  if (colon == std::string::npos) {
+  const size_t begin = text.starts_with('[') ? 1 : 0;
+  const size_t end = begin == 1 ? text.find(']') : text.rfind(':');
+  if (end == std::string::npos) {
     return {};
   }
-  return {text.substr(0, colon), std::atoi(text.c_str() + colon + 1)};
+  const std::string rest = text.substr(end + begin);
+  return {text.substr(begin, end - begin), rest.starts_with(':') ? std::atoi(rest.c_str() + 1) : 0};
 }
 
 // Cuts `text` at the first `mark` and hands back what stood behind it.

@@ -10,7 +10,7 @@
 #include "src/control/connect_operation.h"
 #include "src/control/session_cache.h"
 #include "src/control/tunnel_instance.h"
-#include "src/panel/http_session.h"
+#include "src/panel/panel_client.h"
 #include "src/runtime/process_state.h"
 
 namespace fault {

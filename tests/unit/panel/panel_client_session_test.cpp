@@ -3,7 +3,7 @@
 #include <set>
 #include <thread>
 
-#include "src/panel/http_session.h"
+#include "src/panel/panel_client.h"
 #include "tests/unit/fresh_process.h"
 #include "tests/unit/panel/panel_client_test.h"
 
