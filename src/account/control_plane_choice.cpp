@@ -8,7 +8,7 @@
 namespace vpn {
 
 std::unique_ptr<ControlPlane> CreateControlPlane(const std::wstring& runtimeDir) {
-  const std::wstring credentialPath = runtimeDir + L'\\' + kSessionFile;
+  const std::wstring credentialPath = runtimeDir + L'\\' + kCredentialFile;
   PanelEndpoints panel = ReadPanelEndpoints(runtimeDir);
   if (TrimEndSlashes(panel.apiBase).empty()) {
     panel = {.apiBase = PanelUrlFromEnvironment()};
