@@ -9,7 +9,7 @@
 namespace vpn {
 
 void WakeControlPipe() {
-  StopRequested.exchange(1);
+  g_stopRequested.exchange(1);
   const KernelHandle client(CreateFileW(kControlPipeName, GENERIC_READ | GENERIC_WRITE, 0, nullptr,
                                         OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
 }

@@ -4,7 +4,7 @@
 
 namespace vpn {
 
-// Sets `StopRequested` and makes a throw-away connection to the control pipe, which returns a
+// Sets `g_stopRequested` and makes a throw-away connection to the control pipe, which returns a
 // server that waits for a client. Any thread; takes no lock. A failed connection does no harm: the
 // server then serves a client or creates its next instance, and reads the flag after either.
 void WakeControlPipe();

@@ -15,7 +15,7 @@ namespace {
 int Run(int argc, const wchar_t* const* argv) {
   UseUtf8Console();
   const Options options = ParseOptions(argc, argv);
-  OwnerPid = options.ownerPid;
+  g_ownerPid = options.ownerPid;
   SetRuntimeDir(options.runtimeDir ? *options.runtimeDir : FindRuntimeDir());
   if (options.install) {
     return InstallService();

@@ -10,10 +10,10 @@
 namespace vpn {
 
 DWORD WINAPI OwnerWatch(void* /*unused*/) {
-  if (OwnerPid == 0) {
+  if (g_ownerPid == 0) {
     return 0;
   }
-  KernelHandle owner(OpenProcess(SYNCHRONIZE, FALSE, OwnerPid));
+  KernelHandle owner(OpenProcess(SYNCHRONIZE, FALSE, g_ownerPid));
   const DWORD openError = GetLastError();
   if (!owner) {
     WriteLog(L"owner pid open failed err=" + std::to_wstring(openError));

@@ -12,9 +12,9 @@ namespace {
 
 struct InternetHandleTraits {
   using Type = HINTERNET;
-  static Type Empty() { return nullptr; }
-  static bool IsValid(Type value) { return value != nullptr; }
-  static void Close(Type value) { (void)WinHttpCloseHandle(value); }
+  static Type empty() { return nullptr; }
+  static bool isValid(Type value) { return value != nullptr; }
+  static void close(Type value) { (void)WinHttpCloseHandle(value); }
 };
 using InternetHandle = UniqueHandle<InternetHandleTraits>;
 

@@ -4,13 +4,13 @@
 
 namespace vpn {
 
-std::wstring& RuntimeDir = *new std::wstring(L"D:\\VPN\\tools\\phase-b\\local");
+std::wstring& g_runtimeDir = *new std::wstring(L"D:\\VPN\\tools\\phase-b\\local");
 
-std::atomic<std::uint8_t> StopRequested{0};
-std::atomic<std::uint8_t> ConsoleEcho{0};
-std::atomic<std::uint8_t> ShutdownAllowed{0};
+std::atomic<std::uint8_t> g_stopRequested{0};
+std::atomic<std::uint8_t> g_consoleEcho{0};
+std::atomic<std::uint8_t> g_shutdownAllowed{0};
 
-std::uint32_t OwnerPid = 0;
+std::uint32_t g_ownerPid = 0;
 
 void SetRuntimeDir(std::wstring text) {
   const size_t last = text.find_last_not_of(L'\0');
@@ -18,7 +18,7 @@ void SetRuntimeDir(std::wstring text) {
     return;
   }
   text.resize(last + 1);
-  RuntimeDir = std::move(text);
+  g_runtimeDir = std::move(text);
 }
 
 }  // namespace vpn

@@ -11,18 +11,18 @@ namespace vpn {
 
 // Directory of the helper programs, the generated and account files, and the log. Written by the
 // entry point only, before any server starts; read without a lock.
-extern std::wstring& RuntimeDir;
+extern std::wstring& g_runtimeDir;
 
 // Flags: written with an exchange from any thread, read with a plain load.
-extern std::atomic<std::uint8_t> StopRequested;    // the pipe server shall end
-extern std::atomic<std::uint8_t> ConsoleEcho;      // log lines also go to the console
-extern std::atomic<std::uint8_t> ShutdownAllowed;  // `shutdown` also ends the process
+extern std::atomic<std::uint8_t> g_stopRequested;    // the pipe server shall end
+extern std::atomic<std::uint8_t> g_consoleEcho;      // log lines also go to the console
+extern std::atomic<std::uint8_t> g_shutdownAllowed;  // `shutdown` also ends the process
 
 // Process whose end ends this one in daemon mode; 0 means none. Written by the entry point only.
-extern std::uint32_t OwnerPid;
+extern std::uint32_t g_ownerPid;
 
-// Strips trailing NUL units and assigns the rest to `RuntimeDir`; if nothing is left, `RuntimeDir`
-// keeps its value.
+// Strips trailing NUL units and assigns the rest to `g_runtimeDir`; if nothing is left,
+// `g_runtimeDir` keeps its value.
 void SetRuntimeDir(std::wstring text);
 
 }  // namespace vpn

@@ -1,5 +1,7 @@
 #include "src/runtime/runtime_dir.h"
 
+#include "src/runtime/runtime_dir_internal.h"
+
 #include <windows.h>
 
 #include <array>

@@ -11,12 +11,6 @@ namespace vpn {
 // "runtime" beside the executable, existing or not. Never empty, never fails.
 std::wstring FindRuntimeDir();
 
-// True when "\xray\xray.exe" or "\xray.exe" below `directory` is a file. It is not opened.
-bool IsRuntimeDir(const std::wstring& directory);
-
-// Directory of the running executable, without a separator at its end; "." when unknown.
-std::wstring ModuleDirectory();
-
 }  // namespace vpn
 
 #endif  // TAVRIN_SRC_RUNTIME_RUNTIME_DIR_H_

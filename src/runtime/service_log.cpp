@@ -17,7 +17,7 @@ namespace {
 
 // Makes lines whole across the threads of this process, console echo included. A leaf: nothing
 // else is taken while it is held.
-Mutex LogLock;
+Mutex g_logLock;
 
 constexpr int kTurnAttempts = 100;  // a millisecond apart, or a tick of the system clock
 
@@ -78,12 +78,12 @@ std::string LogBytes(const std::wstring& message) {
 }  // namespace
 
 void WriteLog(const std::wstring& message) {
-  const MutexLock lock(LogLock);
-  if (ConsoleEcho.load() != 0) {
+  const MutexLock lock(g_logLock);
+  if (g_consoleEcho.load() != 0) {
     WriteConsoleText(stdout, message + L'\n');
   }
   const UniqueFile file(
-      _wfsopen((RuntimeDir + L'\\' + kServiceLogFile).c_str(), L"ab", _SH_DENYNO));
+      _wfsopen((g_runtimeDir + L'\\' + kServiceLogFile).c_str(), L"ab", _SH_DENYNO));
   if (!file) {
     return;
   }

@@ -6,8 +6,8 @@
 
 namespace vpn {
 
-// Appends one line to "tavrin-service.log" in `RuntimeDir`, and echoes it to the console when
-// `ConsoleEcho` is set. Whole lines across threads, and across processes that use this function;
+// Appends one line to "tavrin-service.log" in `g_runtimeDir`, and echoes it to the console when
+// `g_consoleEcho` is set. Whole lines across threads, and across processes that use this function;
 // nothing that goes wrong reaches the caller. The file's line ends at the first NUL; an empty
 // message writes nothing to the file.
 void WriteLog(const std::wstring& message);

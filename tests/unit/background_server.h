@@ -33,7 +33,7 @@ class BackgroundServer {
   // A server that a failed test has left running is stopped by force.
   ~BackgroundServer() {
     while (!done_) {
-      vpn::StopRequested = 1;
+      vpn::g_stopRequested = 1;
       (void)sim::PipeClient(machine_).TryConnect();
       std::this_thread::sleep_for(std::chrono::milliseconds(1));
     }

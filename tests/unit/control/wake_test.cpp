@@ -24,15 +24,15 @@ TEST_F(WakeControlPipeTest, OpensThePipeForBothDirectionsWithoutSharing) {
 
 TEST_F(WakeControlPipeTest, FlagIsSetBeforeTheConnection) {
   int seen = -1;
-  machine.faults.Before("CreateFileW", 1, [&] { seen = StopRequested; });
+  machine.faults.Before("CreateFileW", 1, [&] { seen = g_stopRequested; });
   WakeControlPipe();
   EXPECT_EQ(seen, 1);
-  EXPECT_EQ(StopRequested, 1);
+  EXPECT_EQ(g_stopRequested, 1);
 }
 
 TEST_F(WakeControlPipeTest, WithoutAServerTheFlagIsAllThatChanges) {
   WakeControlPipe();
-  EXPECT_EQ(StopRequested, 1);
+  EXPECT_EQ(g_stopRequested, 1);
   EXPECT_EQ(machine.calls.Count("CloseHandle"), 0u);
 }
 
@@ -51,7 +51,7 @@ TEST_F(WakeControlPipeTest, BusyServerIsLeftAlone) {
   const HANDLE client = CreateFileW(L"\\\\.\\pipe\\TavrinService", GENERIC_READ, 0, nullptr,
                                     OPEN_EXISTING, 0, nullptr);
   WakeControlPipe();
-  EXPECT_EQ(StopRequested, 1);
+  EXPECT_EQ(g_stopRequested, 1);
   EXPECT_EQ(machine.calls.Count("CloseHandle"), 0u);
   (void)CloseHandle(client);
   (void)CloseHandle(server);

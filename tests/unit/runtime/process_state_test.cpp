@@ -19,29 +19,29 @@ TEST_F(ProcessState, StartsWithTheBuiltInDirectoryAndEverythingElseClear) {
 
 TEST_F(ProcessState, RuntimeDirIsTakenAsItStands) {
   SetRuntimeDir(L" C:\\run/..\\数据\\ ");
-  EXPECT_EQ(RuntimeDir, L" C:\\run/..\\数据\\ ");
+  EXPECT_EQ(g_runtimeDir, L" C:\\run/..\\数据\\ ");
 }
 
 TEST_F(ProcessState, TrailingNulUnitsAreStripped) {
   SetRuntimeDir(L"C:\\run\0\0\0"s);
-  EXPECT_EQ(RuntimeDir, L"C:\\run");
+  EXPECT_EQ(g_runtimeDir, L"C:\\run");
 }
 
 TEST_F(ProcessState, NulUnitsInsideStay) {
   SetRuntimeDir(L"\0C:\\a\0b\0"s);
-  EXPECT_EQ(RuntimeDir, L"\0C:\\a\0b"s);
+  EXPECT_EQ(g_runtimeDir, L"\0C:\\a\0b"s);
 }
 
 TEST_F(ProcessState, EmptyTextKeepsTheValue) {
   SetRuntimeDir(L"C:\\run");
   SetRuntimeDir(L"");
-  EXPECT_EQ(RuntimeDir, L"C:\\run");
+  EXPECT_EQ(g_runtimeDir, L"C:\\run");
 }
 
 TEST_F(ProcessState, TextOfNulUnitsOnlyKeepsTheValue) {
   SetRuntimeDir(L"C:\\run");
   SetRuntimeDir(L"\0\0"s);
-  EXPECT_EQ(RuntimeDir, L"C:\\run");
+  EXPECT_EQ(g_runtimeDir, L"C:\\run");
 }
 
 }  // namespace

@@ -85,7 +85,7 @@ TEST_F(ServiceLog, EmptyMessageWritesNothingToTheFile) {
 }
 
 TEST_F(ServiceLog, EmptyMessageEchoesAnEmptyLine) {
-  ConsoleEcho = 1;
+  g_consoleEcho = 1;
   WriteLog(L"");
   EXPECT_EQ(machine.console.Output(), "\n");
   EXPECT_EQ(Log(), "");
@@ -103,7 +103,7 @@ TEST_F(ServiceLog, EchoIsOffByDefault) {
 }
 
 TEST_F(ServiceLog, EchoRepeatsEveryLineOnTheOutputStream) {
-  ConsoleEcho = 1;
+  g_consoleEcho = 1;
   WriteLog(L"one");
   WriteLog(L"二");
   EXPECT_EQ(machine.console.Output(), "one\n二\n");
@@ -112,7 +112,7 @@ TEST_F(ServiceLog, EchoRepeatsEveryLineOnTheOutputStream) {
 }
 
 TEST_F(ServiceLog, MissingDirectoryLosesTheLineButNotTheEcho) {
-  ConsoleEcho = 1;
+  g_consoleEcho = 1;
   SetRuntimeDir(L"C:\\none");
   WriteLog(L"one");
   EXPECT_EQ(machine.console.Output(), "one\n");
@@ -206,7 +206,7 @@ TEST_F(ServiceLog, FileSystemWithoutLocksTakesTheLineAtOnce) {
 }
 
 TEST_F(ServiceLog, SecondThreadWaitsWithItsEchoUntilTheFirstLineIsInTheFile) {
-  ConsoleEcho = 1;
+  g_consoleEcho = 1;
   std::thread second;
   std::string echoed;
   machine.faults.Before("_wfsopen", 1, [&] {
@@ -221,7 +221,7 @@ TEST_F(ServiceLog, SecondThreadWaitsWithItsEchoUntilTheFirstLineIsInTheFile) {
 }
 
 TEST_F(ServiceLog, LinesOfSeveralThreadsStayWhole) {
-  ConsoleEcho = 1;
+  g_consoleEcho = 1;
   constexpr int kLines = 200;
   const auto write = [](wchar_t letter) {
     for (int i = 0; i < kLines; ++i) {

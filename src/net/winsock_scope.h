@@ -1,21 +1,21 @@
 // Holds Winsock open for a scope.
-#ifndef TAVRIN_SRC_NET_WINSOCK_SESSION_H_
-#define TAVRIN_SRC_NET_WINSOCK_SESSION_H_
+#ifndef TAVRIN_SRC_NET_WINSOCK_SCOPE_H_
+#define TAVRIN_SRC_NET_WINSOCK_SCOPE_H_
 
 #include <winsock2.h>
 #include <ws2tcpip.h>
 
 namespace vpn {
 
-class WinsockSession {
+class WinsockScope {
  public:
-  WinsockSession() {
+  WinsockScope() {
     WSADATA data = {};
     open_ = WSAStartup(MAKEWORD(2, 2), &data) == 0;
   }
-  WinsockSession(const WinsockSession&) = delete;
-  WinsockSession& operator=(const WinsockSession&) = delete;
-  ~WinsockSession() {
+  WinsockScope(const WinsockScope&) = delete;
+  WinsockScope& operator=(const WinsockScope&) = delete;
+  ~WinsockScope() {
     if (open_) {
       (void)WSACleanup();
     }
@@ -29,4 +29,4 @@ class WinsockSession {
 
 }  // namespace vpn
 
-#endif  // TAVRIN_SRC_NET_WINSOCK_SESSION_H_
+#endif  // TAVRIN_SRC_NET_WINSOCK_SCOPE_H_

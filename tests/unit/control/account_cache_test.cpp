@@ -1,6 +1,7 @@
-#include "src/control/session_cache.h"
+#include "src/control/account_cache.h"
 
 #include "tests/unit/control/control_fixture.h"
+#include "tests/unit/status.h"
 
 namespace vpn {
 namespace {
@@ -10,7 +11,7 @@ class SessionCache : public unit::ControlTest {
   bool Fetch() {
     session = AccountSession();
     error.clear();
-    return FetchAccountCached(L"C:\\run", session, error);
+    return unit::Succeeds(FetchAccountCached(L"C:\\run", session), error);
   }
   void RemoveSession() { machine.files.Remove(L"C:\\run\\session.json"); }
 
@@ -100,7 +101,7 @@ TEST_F(SessionCache, StoreAtTickZeroCountsAsInvalid) {
 
 TEST_F(SessionCache, InvalidatedCacheIsNotServed) {
   EXPECT_TRUE(Fetch());
-  InvalidateSessionCache();
+  InvalidateAccountCache();
   machine.files.Put(L"C:\\run\\account.json", unit::AccountJson("Osaka"));
   EXPECT_TRUE(Fetch());
   EXPECT_EQ(Fetches(), 2);
@@ -135,14 +136,14 @@ TEST_F(SessionCache, ServedCopyMakesNoFileCall) {
 }
 
 TEST_F(SessionCache, WarmUpFillsIt) {
-  WarmSessionCache(L"C:\\run");
+  WarmAccountCache(L"C:\\run");
   EXPECT_TRUE(Fetch());
   EXPECT_EQ(Fetches(), 1);
 }
 
 TEST_F(SessionCache, WarmUpThatFailsIsSilent) {
   RemoveSession();
-  WarmSessionCache(L"C:\\run");
+  WarmAccountCache(L"C:\\run");
   EXPECT_EQ(Log(), "");
   unit::PutLocalAccount(machine);
   EXPECT_TRUE(Fetch());
@@ -151,7 +152,7 @@ TEST_F(SessionCache, WarmUpThatFailsIsSilent) {
 
 TEST_F(SessionCache, WarmUpUsesTheDirectoryThatItIsGiven) {
   unit::PutLocalAccount(machine, L"D:\\elsewhere");
-  WarmSessionCache(L"D:\\elsewhere");
+  WarmAccountCache(L"D:\\elsewhere");
   EXPECT_EQ(Fetches(), 0);
   EXPECT_EQ(machine.calls.TextsOf("_wfsopen"),
             (std::vector<std::string>{R"("D:\elsewhere\panel.json", "rb", 64)",
