@@ -62,6 +62,7 @@ stage "Packages" scripts/install_packages.sh cmake ninja-build git g++ g++-mingw
   googletest nlohmann-json3-dev libcpp-httplib-dev libssl-dev iproute2
 stage "Format" scripts/check_format.sh
 stage "Documents" scripts/check_docs.sh
+stage "The order of the rooms" scripts/check_layers.sh
 stage "Build for Windows" scripts/build.sh windows
 stage "Contract and end-to-end tests under Wine" scripts/run_ctest.sh build/windows windows
 stage "Build of the simulated machine, AddressSanitizer and UBSan" scripts/build.sh native

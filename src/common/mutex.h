@@ -18,8 +18,8 @@ namespace vpn {
 
 class VPN_THREAD_ANNOTATION(capability("mutex")) Mutex {
  public:
-  void Lock() VPN_THREAD_ANNOTATION(acquire_capability()) { mutex_.lock(); }
-  void Unlock() VPN_THREAD_ANNOTATION(release_capability()) { mutex_.unlock(); }
+  void lock() VPN_THREAD_ANNOTATION(acquire_capability()) { mutex_.lock(); }
+  void unlock() VPN_THREAD_ANNOTATION(release_capability()) { mutex_.unlock(); }
 
  private:
   std::mutex mutex_;
@@ -29,9 +29,9 @@ class VPN_THREAD_ANNOTATION(scoped_lockable) MutexLock {
  public:
   explicit MutexLock(Mutex& mutex) VPN_THREAD_ANNOTATION(acquire_capability(mutex))
       : mutex_(mutex) {
-    mutex_.Lock();
+    mutex_.lock();
   }
-  ~MutexLock() VPN_THREAD_ANNOTATION(release_capability()) { mutex_.Unlock(); }
+  ~MutexLock() VPN_THREAD_ANNOTATION(release_capability()) { mutex_.unlock(); }
   MutexLock(const MutexLock&) = delete;
   MutexLock& operator=(const MutexLock&) = delete;
 

@@ -2,9 +2,20 @@
 
 #include <windows.h>
 
+#include <algorithm>
 #include <cwctype>
 
 namespace vpn {
+namespace {
+
+template <class Text>
+bool HasDottedQuadShape(const Text& text) {
+  const auto isDigitOrDot = [](auto c) { return c == '.' || (c >= '0' && c <= '9'); };
+  return std::all_of(text.begin(), text.end(), isDigitOrDot) &&
+         std::count(text.begin(), text.end(), '.') == 3;
+}
+
+}  // namespace
 
 std::wstring Utf8ToWide(std::string_view bytes) {
   if (bytes.empty()) {
@@ -61,6 +72,14 @@ int HexDigitValue(char digit) {
   }
   const char lower = static_cast<char>(digit | 0x20);
   return lower >= 'a' && lower <= 'f' ? lower - 'a' + 10 : -1;
+}
+
+bool IsIpv4Literal(std::string_view text) {
+  return HasDottedQuadShape(text);
+}
+
+bool IsIpv4Literal(std::wstring_view text) {
+  return HasDottedQuadShape(text);
 }
 
 std::string EscapeQuotes(std::string_view bytes) {

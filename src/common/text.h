@@ -5,7 +5,6 @@
 #ifndef TAVRIN_SRC_COMMON_TEXT_H_
 #define TAVRIN_SRC_COMMON_TEXT_H_
 
-#include <algorithm>
 #include <string>
 #include <string_view>
 
@@ -31,14 +30,10 @@ void AssignIfGiven(std::string_view bytes, std::wstring& field);
 // 0 to 15, or -1 for a byte that is no hexadecimal digit of either case.
 int HexDigitValue(char digit);
 
-// Digits and dots only, with exactly three dots. Ranges and empty groups are not looked at.
-template <class Char>
-bool HasDottedQuadShape(std::basic_string_view<Char> text) {
-  const auto isDot = [](Char c) { return c == Char('.'); };
-  const auto isAllowed = [&](Char c) { return isDot(c) || (c >= Char('0') && c <= Char('9')); };
-  return std::all_of(text.begin(), text.end(), isAllowed) &&
-         std::count_if(text.begin(), text.end(), isDot) == 3;
-}
+// By its shape alone: digits and dots with exactly three dots. "..." passes, and so does
+// "999.0.0.1".
+bool IsIpv4Literal(std::string_view text);
+bool IsIpv4Literal(std::wstring_view text);
 
 }  // namespace vpn
 

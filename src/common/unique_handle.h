@@ -9,7 +9,7 @@
 
 namespace vpn {
 
-// Traits give `Type`, `static Type Empty()`, `static bool IsValid(Type)` and `static void
+// Traits give `Type`, `static Type empty()`, `static bool isValid(Type)` and `static void
 // Close(Type)`. Moving leaves the source empty. Not thread-safe.
 template <class Traits>
 class UniqueHandle {
@@ -20,9 +20,7 @@ class UniqueHandle {
   explicit UniqueHandle(Type value) : value_(value) {}
   UniqueHandle(UniqueHandle&& other) noexcept : value_(other.release()) {}
   UniqueHandle& operator=(UniqueHandle&& other) noexcept {
-    if (this != &other) {
-      reset(other.release());
-    }
+    reset(other.release());  // released first, so that moving onto itself keeps the resource
     return *this;
   }
   UniqueHandle(const UniqueHandle&) = delete;
@@ -30,14 +28,14 @@ class UniqueHandle {
   ~UniqueHandle() { reset(); }
 
   Type get() const { return value_; }
-  explicit operator bool() const { return Traits::IsValid(value_); }
+  explicit operator bool() const { return Traits::isValid(value_); }
 
-  Type release() { return std::exchange(value_, Traits::Empty()); }
+  Type release() { return std::exchange(value_, Traits::empty()); }
 
-  void reset(Type value = Traits::Empty()) {
+  void reset(Type value = Traits::empty()) {
     const Type old = std::exchange(value_, value);
-    if (Traits::IsValid(old)) {
-      Traits::Close(old);
+    if (Traits::isValid(old)) {
+      Traits::close(old);
     }
   }
 
@@ -48,23 +46,30 @@ class UniqueHandle {
   }
 
  private:
-  Type value_ = Traits::Empty();
+  Type value_ = Traits::empty();
+};
+
+// Traits but for `close`, where null is the one value that is no resource.
+template <class Handle>
+struct NullIsEmpty {
+  using Type = Handle;
+  static Type empty() { return nullptr; }
+  static bool isValid(Type value) { return value != nullptr; }
 };
 
 struct KernelHandleTraits {
   using Type = HANDLE;
-  static Type Empty() { return nullptr; }
+  static Type empty() { return nullptr; }
   // Some calls fail with null and some with INVALID_HANDLE_VALUE; neither is ever closed.
-  static bool IsValid(Type value) { return value != nullptr && value != INVALID_HANDLE_VALUE; }
-  static void Close(Type value) { (void)CloseHandle(value); }  // nothing to do about a failure
+  static bool isValid(Type value) { return value != nullptr && value != INVALID_HANDLE_VALUE; }
+  static void close(Type value) { (void)CloseHandle(value); }  // nothing to do about a failure
 };
 using KernelHandle = UniqueHandle<KernelHandleTraits>;
 
-struct FileTraits {
-  using Type = std::FILE*;
-  static Type Empty() { return nullptr; }
-  static bool IsValid(Type value) { return value != nullptr; }
-  static void Close(Type value) { (void)std::fclose(value); }  // only the opening is ever judged
+struct FileTraits : NullIsEmpty<std::FILE*> {
+  static void close(std::FILE* value) {
+    (void)std::fclose(value);
+  }  // only the opening is ever judged
 };
 using UniqueFile = UniqueHandle<FileTraits>;
 

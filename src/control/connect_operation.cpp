@@ -3,11 +3,12 @@
 #include <vector>
 
 #include "src/account/control_plane.h"
-#include "src/control/session_cache.h"
+#include "src/control/account_cache.h"
 #include "src/control/tunnel_instance.h"
-#include "src/host/process_state.h"
 #include "src/net/physical_route.h"
 #include "src/panel/endpoints.h"
+#include "src/runtime/process_state.h"
+#include "src/runtime/runtime_files.h"
 #include "src/xrayconf/xray_config.h"
 
 namespace vpn {
@@ -26,51 +27,44 @@ const NodeInfo* FindNode(const std::vector<NodeInfo>& nodes, const std::wstring&
   return found;
 }
 
-// Empty when `session` holds the account, else the text for the user.
-std::wstring FetchAccountText(const std::wstring& runtimeDir, AccountSession& session) {
-  std::wstring error;
-  if (FetchAccountCached(runtimeDir, session, error)) {
-    return {};
-  }
-  return error.empty() ? L"请先在Tavrin登录" : error;
+Status FetchAccount(const std::wstring& runtimeDir, AccountSession& session) {
+  const Status fetched = FetchAccountCached(runtimeDir, session);
+  return !fetched && fetched.text().empty() ? Status::failure(L"请先在Tavrin登录") : fetched;
 }
 
 // A node that the cached list does not hold may be new, so the account is fetched afresh once. A
 // node that is still not there quietly becomes the first of the list: a stale choice in the user
 // interface shall connect, not fail.
-std::wstring ChooseNode(const std::wstring& runtimeDir, const std::wstring& nodeKey,
-                        NodeInfo& chosen) {
+Status ChooseNode(const std::wstring& runtimeDir, const std::wstring& nodeKey, NodeInfo& chosen) {
   AccountSession session;
-  std::wstring error = FetchAccountText(runtimeDir, session);
-  if (!error.empty()) {
-    return error;
+  if (Status fetched = FetchAccount(runtimeDir, session); !fetched) {
+    return fetched;
   }
   if (session.nodes.empty()) {
-    InvalidateSessionCache();
-    return kNoNodes;
+    InvalidateAccountCache();
+    return Status::failure(kNoNodes);
   }
   const NodeInfo* node =
       nodeKey.empty() ? &session.nodes.front() : FindNode(session.nodes, nodeKey);
   if (node == nullptr) {
-    InvalidateSessionCache();
-    error = FetchAccountText(runtimeDir, session);
-    if (!error.empty()) {
-      return error;
+    InvalidateAccountCache();
+    if (Status fetched = FetchAccount(runtimeDir, session); !fetched) {
+      return fetched;
     }
     if (session.nodes.empty()) {
-      return kNoNodes;
+      return Status::failure(kNoNodes);
     }
     node = FindNode(session.nodes, nodeKey);
   }
   chosen = node == nullptr ? session.nodes.front() : *node;
-  return {};
+  return Status::success();
 }
 
 TunnelConfig MakeTunnelConfig(const std::wstring& runtimeDir, const std::wstring& configPath,
                               const NodeInfo& node) {
   TunnelConfig config;
-  config.xrayDir = runtimeDir + L"\\xray";
-  config.tun2socksDir = runtimeDir + L"\\tun2socks";
+  config.xrayDir = runtimeDir + L'\\' + kXrayDirectory;
+  config.tun2socksDir = runtimeDir + L'\\' + kTun2socksDirectory;
   config.configPath = configPath;
   config.serverAddress = node.address;
   config.tunAddress = kDefaultTunAddress;
@@ -78,34 +72,26 @@ TunnelConfig MakeTunnelConfig(const std::wstring& runtimeDir, const std::wstring
   return config;
 }
 
-std::wstring StartTunnel(const TunnelConfig& config) {
-  std::wstring error;
-  const MutexLock lock(TunnelLock);
-  if (Tunnel.start(config, error)) {
-    return {};
+Status StartTunnel(const TunnelConfig& config) {
+  const MutexLock lock(g_tunnelLock);
+  Status started = g_tunnel.start(config);
+  if (!started) {
+    InvalidateAccountCache();  // the node may be at fault; the next connect asks anew
   }
-  InvalidateSessionCache();  // the node may be at fault; the next connect asks anew
-  return error;
+  return started;
 }
 
 }  // namespace
 
-std::wstring ConnectOperation(const std::wstring& nodeKey) {
-  const std::wstring runtimeDir = RuntimeDir;
+Status ConnectOperation(const std::wstring& nodeKey) {
+  const std::wstring runtimeDir = g_runtimeDir;
+  const std::wstring configPath = runtimeDir + L'\\' + kXrayConfigFile;
   NodeInfo node;
-  std::wstring error = ChooseNode(runtimeDir, nodeKey, node);
-  if (!error.empty()) {
-    return error;
-  }
   PhysicalRoute route;
-  if (!FindPhysicalRoute(route, error)) {
-    return error;
-  }
-  const std::wstring configPath = runtimeDir + L"\\session.json.xray.json";
-  if (!GenerateXrayConfig(node, route.interfaceAlias, configPath, error)) {
-    return error;
-  }
-  return StartTunnel(MakeTunnelConfig(runtimeDir, configPath, node));
+  return ChooseNode(runtimeDir, nodeKey, node)
+      .andThen([&] { return FindPhysicalRoute(route); })
+      .andThen([&] { return GenerateXrayConfig(node, route.interfaceAlias, configPath); })
+      .andThen([&] { return StartTunnel(MakeTunnelConfig(runtimeDir, configPath, node)); });
 }
 
 }  // namespace vpn

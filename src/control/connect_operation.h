@@ -4,12 +4,13 @@
 
 #include <string>
 
+#include "src/common/status.h"
+
 namespace vpn {
 
-// An empty `nodeKey`, and one that no node is called, connect to the first node. The result is
-// empty on success, else one line for the user. A running tunnel stays up until `TunnelManager`
-// takes over, and so survives a failure before that.
-std::wstring ConnectOperation(const std::wstring& nodeKey);
+// An empty `nodeKey`, and one that no node is called, connect to the first node. A running tunnel
+// stays up until `TunnelManager` takes over, and so survives a failure before that.
+Status ConnectOperation(const std::wstring& nodeKey);
 
 }  // namespace vpn
 

@@ -9,18 +9,14 @@
 #include "src/control/reply.h"
 #include "src/control/request.h"
 #include "src/control/tunnel_instance.h"
-#include "src/host/process_state.h"
-#include "src/host/service_log.h"
+#include "src/runtime/process_state.h"
+#include "src/runtime/service_log.h"
 
 namespace vpn {
 namespace {
 
-struct Outcome {
-  bool ok = false;
-  std::wstring error;
-};
-
-// Byte by byte, sign-extended to one 16-bit unit; no decoding, since this is only for the log.
+// For the log alone, so nothing is decoded: each byte becomes one 16-bit unit. A `char` has a sign
+// here and keeps it, so the byte 0xE4 becomes the unit 0xFFE4.
 std::wstring WidenBytes(std::string_view bytes) {
   std::wstring text;
   for (const char byte : bytes) {
@@ -30,40 +26,32 @@ std::wstring WidenBytes(std::string_view bytes) {
   return text;
 }
 
-Outcome Connect(const std::string& request) {
-  const std::wstring error = ConnectOperation(Utf8ToWide(RequestField(request, "node")));
-  return {error.empty(), error};
-}
-
-Outcome Shutdown() {
+Status Shutdown() {
   StopTunnel();
   // In service mode this is no more than `disconnect`: the service manager alone ends a service.
-  if (ShutdownAllowed.load() != 0) {
-    StopRequested.exchange(1);
+  if (g_shutdownAllowed.load() != 0) {
+    g_stopRequested.exchange(1);
   }
-  return {true, L""};
+  return Status::success();
 }
 
-Outcome RunOperation(const std::string& op, const std::string& request) {
+Status RunOperation(const std::string& op, const std::string& request) {
   if (op == "connect") {
-    return Connect(request);
+    return ConnectOperation(Utf8ToWide(RequestField(request, "node")));
   }
   if (op == "disconnect") {
     StopTunnel();
-    return {true, L""};
+    return Status::success();
   }
   if (op == "shutdown") {
     return Shutdown();
   }
-  if (op == "status") {
-    return {true, L""};
-  }
-  return {false, L"op not allowed"};
+  return op == "status" ? Status::success() : Status::failure(L"op not allowed");
 }
 
 bool IsTunnelRunning() {
-  const MutexLock lock(TunnelLock);
-  return Tunnel.isRunning();
+  const MutexLock lock(g_tunnelLock);
+  return g_tunnel.childrenAlive();
 }
 
 }  // namespace
@@ -77,11 +65,12 @@ void HandleClient(HANDLE pipe) {
   }
   const std::string op = RequestOp(request);
   WriteLog(L"ipc op=" + WidenBytes(op));
-  const Outcome outcome = RunOperation(op, request);
-  if (!outcome.ok) {
-    WriteLog(L"ipc error=" + outcome.error);
+  const Status outcome = RunOperation(op, request);
+  if (!outcome) {
+    WriteLog(L"ipc error=" + outcome.text());
   }
-  const std::string reply = EncodeReply(outcome.ok, IsTunnelRunning(), outcome.error);
+  const std::string reply =
+      EncodeReply(static_cast<bool>(outcome), IsTunnelRunning(), outcome.text());
   if (!WriteFrame(pipe, reply)) {
     const DWORD writeError = GetLastError();
     WriteLog(L"ipc write reply failed err=" + std::to_wstring(writeError));

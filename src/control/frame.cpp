@@ -1,5 +1,7 @@
 #include "src/control/frame.h"
 
+#include "src/control/frame_internal.h"
+
 #include <array>
 #include <cstdint>
 

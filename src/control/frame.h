@@ -20,11 +20,6 @@ bool ReadFrame(HANDLE pipe, std::string& text);
 // and for which the last error is left as it stood. Returns once the client has read everything.
 bool WriteFrame(HANDLE pipe, const std::string& text);
 
-// Exactly `size` bytes, over as many calls as it takes. A read of 0 bytes fails; a write of 0 bytes
-// fails with ERROR_WRITE_FAULT. A size of 0 succeeds at once.
-bool ReadExact(HANDLE pipe, void* buffer, std::size_t size);
-bool WriteExact(HANDLE pipe, const void* buffer, std::size_t size);
-
 }  // namespace vpn
 
 #endif  // TAVRIN_SRC_CONTROL_FRAME_H_

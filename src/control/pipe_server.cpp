@@ -8,10 +8,10 @@
 #include <string>
 
 #include "src/common/unique_handle.h"
+#include "src/control/account_cache.h"
 #include "src/control/dispatch.h"
-#include "src/control/session_cache.h"
 #include "src/control/tunnel_instance.h"
-#include "src/host/process_state.h"
+#include "src/runtime/process_state.h"
 
 namespace vpn {
 namespace {
@@ -24,26 +24,25 @@ constexpr wchar_t kPipeAccess[] =
     L"(A;;GA;;;AU)"      // and to every authenticated user
     L"S:(ML;;NW;;;LW)";  // low label, no write-up: processes of low integrity may connect too
 
+// One is enough for this server, which serves one client at a time. The room beyond it lets a
+// second process of the service, say a daemon beside a console, create its own instance meanwhile.
 constexpr DWORD kMaxInstances = 8;
 constexpr DWORD kBufferSize = 4096;  // bytes, each direction
 constexpr DWORD kRetryPause = 500;   // milliseconds
 
-struct LocalMemoryTraits {
-  using Type = PSECURITY_DESCRIPTOR;
-  static Type Empty() { return nullptr; }
-  static bool IsValid(Type value) { return value != nullptr; }
-  static void Close(Type value) { (void)LocalFree(value); }
+struct LocalMemoryTraits : NullIsEmpty<PSECURITY_DESCRIPTOR> {
+  static void close(PSECURITY_DESCRIPTOR value) { (void)LocalFree(value); }
 };
 
 DWORD WINAPI WarmUpThread(void* ownedRuntimeDir) {
   const std::unique_ptr<std::wstring> runtimeDir(static_cast<std::wstring*>(ownedRuntimeDir));
-  WarmSessionCache(*runtimeDir);
+  WarmAccountCache(*runtimeDir);
   return 0;
 }
 
 // Nobody waits for the thread; one that can't be started ends the process.
 void StartWarmUp() {
-  auto runtimeDir = std::make_unique<std::wstring>(RuntimeDir);
+  auto runtimeDir = std::make_unique<std::wstring>(g_runtimeDir);
   const KernelHandle thread(CreateThread(nullptr, 0, WarmUpThread, runtimeDir.get(), 0, nullptr));
   if (!thread) {
     std::terminate();
@@ -73,13 +72,13 @@ void ServeOneClient() {
   }
   // Whoever asked for the stop while there was no instance could not connect, and will not try
   // again: without this look the wait would last until some client comes.
-  if (StopRequested.load() != 0) {
+  if (g_stopRequested.load() != 0) {
     return;
   }
   // A client that came between creation and this call is reported as a failure.
   const bool connected =
       ConnectNamedPipe(pipe.get(), nullptr) != FALSE || GetLastError() == ERROR_PIPE_CONNECTED;
-  if (connected && StopRequested.load() == 0) {
+  if (connected && g_stopRequested.load() == 0) {
     HandleClient(pipe.get());
   }
   (void)DisconnectNamedPipe(pipe.get());  // the client may have left already
@@ -88,9 +87,9 @@ void ServeOneClient() {
 }  // namespace
 
 void ServeControlPipe() {
-  (void)SetCurrentDirectoryW(RuntimeDir.c_str());  // it may not exist
+  (void)SetCurrentDirectoryW(g_runtimeDir.c_str());  // it may not exist
   StartWarmUp();
-  while (StopRequested.load() == 0) {
+  while (g_stopRequested.load() == 0) {
     ServeOneClient();
   }
   StopTunnel();  // no tunnel outlives the server

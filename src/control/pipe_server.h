@@ -6,7 +6,7 @@ namespace vpn {
 
 inline constexpr wchar_t kControlPipeName[] = L"\\\\.\\pipe\\TavrinService";
 
-// Serves one client at a time, one request and one reply per connection, until `StopRequested` is
+// Serves one client at a time, one request and one reply per connection, until `g_stopRequested` is
 // set; then stops the tunnel and returns. Runs on the caller's thread. Between two instances and
 // during a request no other client can open the pipe.
 void ServeControlPipe();

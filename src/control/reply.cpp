@@ -13,11 +13,7 @@ const char* Word(bool value) {
 
 std::string EncodeReply(bool ok, bool running, const std::wstring& error) {
   return std::string(R"({"ok":)") + Word(ok) + R"(,"running":)" + Word(running) + R"(,"error":")" +
-         EscapeReplyText(WideToUtf8(error)) + R"("})";
-}
-
-std::string EscapeReplyText(std::string_view bytes) {
-  return EscapeQuotes(bytes);
+         EscapeQuotes(WideToUtf8(error)) + R"("})";
 }
 
 }  // namespace vpn

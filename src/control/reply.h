@@ -3,15 +3,12 @@
 #define TAVRIN_SRC_CONTROL_REPLY_H_
 
 #include <string>
-#include <string_view>
 
 namespace vpn {
 
-// {"ok":…,"running":…,"error":"…"} with no white space outside the error text.
+// {"ok":…,"running":…,"error":"…"} with no white space outside the error text, in which double
+// quotes and backslashes are escaped; control bytes and line feeds pass through raw.
 std::string EncodeReply(bool ok, bool running, const std::wstring& error);
-
-// Escapes double quotes and backslashes only; control bytes and line feeds pass through raw.
-std::string EscapeReplyText(std::string_view bytes);
 
 }  // namespace vpn
 

@@ -2,12 +2,12 @@
 
 namespace vpn {
 
-Mutex TunnelLock;
-TunnelManager Tunnel;
+Mutex g_tunnelLock;
+TunnelManager g_tunnel;
 
 void StopTunnel() {
-  const MutexLock lock(TunnelLock);
-  Tunnel.stop();
+  const MutexLock lock(g_tunnelLock);
+  g_tunnel.stop();
 }
 
 }  // namespace vpn

@@ -7,15 +7,15 @@
 
 namespace vpn {
 
-// Held around every call into `Tunnel`, and for the whole of a start. Taken before
-// `SessionCacheLock`, never after it.
-extern Mutex TunnelLock;
+// Held around every call into `g_tunnel`, and for the whole of a start. Taken before
+// `g_accountCacheLock`, never after it.
+extern Mutex g_tunnelLock;
 
 // Its destructor stops the tunnel once more at process exit, without the lock.
-extern TunnelManager Tunnel VPN_GUARDED_BY(TunnelLock);
+extern TunnelManager g_tunnel VPN_GUARDED_BY(g_tunnelLock);
 
 // `TunnelManager::stop` under the lock.
-void StopTunnel() VPN_EXCLUDES(TunnelLock);
+void StopTunnel() VPN_EXCLUDES(g_tunnelLock);
 
 }  // namespace vpn
 

@@ -2,12 +2,12 @@
 // command line decides which.
 #include "src/host/entry_point.h"
 
-#include "src/host/console_text.h"
 #include "src/host/options.h"
-#include "src/host/process_state.h"
 #include "src/host/run_modes.h"
-#include "src/host/runtime_dir.h"
 #include "src/host/service_install.h"
+#include "src/runtime/console_text.h"
+#include "src/runtime/process_state.h"
+#include "src/runtime/runtime_dir.h"
 
 namespace vpn {
 namespace {
@@ -15,7 +15,7 @@ namespace {
 int Run(int argc, const wchar_t* const* argv) {
   UseUtf8Console();
   const Options options = ParseOptions(argc, argv);
-  OwnerPid = options.ownerPid;
+  g_ownerPid = options.ownerPid;
   SetRuntimeDir(options.runtimeDir ? *options.runtimeDir : FindRuntimeDir());
   if (options.install) {
     return InstallService();

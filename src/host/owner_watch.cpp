@@ -3,17 +3,17 @@
 #include <string>
 
 #include "src/common/unique_handle.h"
-#include "src/host/process_state.h"
-#include "src/host/service_log.h"
-#include "src/host/wake.h"
+#include "src/control/wake.h"
+#include "src/runtime/process_state.h"
+#include "src/runtime/service_log.h"
 
 namespace vpn {
 
 DWORD WINAPI OwnerWatch(void* /*unused*/) {
-  if (OwnerPid == 0) {
+  if (g_ownerPid == 0) {
     return 0;
   }
-  KernelHandle owner(OpenProcess(SYNCHRONIZE, FALSE, OwnerPid));
+  KernelHandle owner(OpenProcess(SYNCHRONIZE, FALSE, g_ownerPid));
   const DWORD openError = GetLastError();
   if (!owner) {
     WriteLog(L"owner pid open failed err=" + std::to_wstring(openError));

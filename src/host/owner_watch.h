@@ -6,7 +6,7 @@
 
 namespace vpn {
 
-// Thread body: waits for the end of the process `OwnerPid`, then stops this one. An owner that
+// Thread body: waits for the end of the process `g_ownerPid`, then stops this one. An owner that
 // can't be opened (gone already, say) is logged, and the process goes on with no owner.
 DWORD WINAPI OwnerWatch(void* unused);
 

@@ -4,22 +4,23 @@
 
 #include "src/common/unique_handle.h"
 #include "src/control/pipe_server.h"
-#include "src/host/console_text.h"
+#include "src/control/wake.h"
 #include "src/host/owner_watch.h"
-#include "src/host/process_state.h"
-#include "src/host/service_log.h"
-#include "src/host/wake.h"
+#include "src/host/run_modes_internal.h"
+#include "src/runtime/console_text.h"
+#include "src/runtime/process_state.h"
+#include "src/runtime/service_log.h"
 
 namespace vpn {
 
 int ConsoleMain() {
   UseUtf8Console();
   (void)SetConsoleCtrlHandler(ConsoleControlHandler, TRUE);  // without it, `shutdown` still works
-  ConsoleEcho.exchange(1);
-  StopRequested.exchange(0);
-  ShutdownAllowed.exchange(1);
+  g_consoleEcho.exchange(1);
+  g_stopRequested.exchange(0);
+  g_shutdownAllowed.exchange(1);
   WriteLog(std::wstring(L"TavrinService console mode. Pipe ") + kControlPipeName);
-  WriteLog(L"Runtime " + RuntimeDir);
+  WriteLog(L"Runtime " + g_runtimeDir);
   WriteLog(L"Ctrl+C to stop.");
   ServeControlPipe();
   WriteLog(L"stopped.");
@@ -27,12 +28,12 @@ int ConsoleMain() {
 }
 
 int DaemonMain() {
-  ConsoleEcho.exchange(0);
-  StopRequested.exchange(0);
-  ShutdownAllowed.exchange(1);
+  g_consoleEcho.exchange(0);
+  g_stopRequested.exchange(0);
+  g_shutdownAllowed.exchange(1);
   (void)FreeConsole();  // there may be none
-  WriteLog(L"daemon mode. runtime=" + RuntimeDir);
-  if (OwnerPid != 0) {
+  WriteLog(L"daemon mode. runtime=" + g_runtimeDir);
+  if (g_ownerPid != 0) {
     // A watch that can't be started leaves a daemon without an owner, which is accepted.
     const KernelHandle watch(CreateThread(nullptr, 0, OwnerWatch, nullptr, 0, nullptr));
   }

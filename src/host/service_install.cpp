@@ -1,22 +1,21 @@
 #include "src/host/service_install.h"
 
 #include <cstdio>
+#include <optional>
 #include <string>
 
 #include "src/common/environment.h"
 #include "src/common/unique_handle.h"
-#include "src/host/console_text.h"
-#include "src/host/process_state.h"
 #include "src/host/run_modes.h"
+#include "src/host/service_install_internal.h"
+#include "src/runtime/console_text.h"
+#include "src/runtime/process_state.h"
 
 namespace vpn {
 namespace {
 
-struct ServiceHandleTraits {
-  using Type = SC_HANDLE;
-  static Type Empty() { return nullptr; }
-  static bool IsValid(Type value) { return value != nullptr; }
-  static void Close(Type value) { (void)CloseServiceHandle(value); }
+struct ServiceHandleTraits : NullIsEmpty<SC_HANDLE> {
+  static void close(SC_HANDLE value) { (void)CloseServiceHandle(value); }
 };
 using ServiceHandle = UniqueHandle<ServiceHandleTraits>;
 
@@ -26,20 +25,19 @@ int Fail(const wchar_t* text, DWORD error, const wchar_t* ending) {
 }
 
 std::wstring ServiceCommandLine() {
-  return L"\"" + ModulePath() + L"\" --runtime \"" + RuntimeDir + L"\"";
+  return L"\"" + ModulePath() + L"\" --runtime \"" + g_runtimeDir + L"\"";
 }
 
-// A service that hangs on its stop is deleted all the same, and goes when its process does.
-void RemoveExistingService(SC_HANDLE manager) {
-  ServiceHandle service(
+// The result of the deletion; nothing when the service does not exist or can't be opened. A service
+// that hangs on its stop is deleted all the same, and goes when its process does.
+std::optional<DWORD> StopAndDeleteService(SC_HANDLE manager) {
+  const ServiceHandle service(
       OpenServiceW(manager, kServiceName, DELETE | SERVICE_STOP | SERVICE_QUERY_STATUS));
   if (!service) {
-    return;
+    return std::nullopt;
   }
   (void)StopServiceAndWait(service.get());
-  (void)DeleteService(service.get());
-  service.reset();
-  Sleep(400);  // the name is free only after the manager has dropped the old entry
+  return DeleteService(service.get()) == FALSE ? GetLastError() : NO_ERROR;
 }
 
 void DescribeService(SC_HANDLE service) {
@@ -74,7 +72,9 @@ int InstallService() {
   if (!manager) {
     return Fail(L"OpenSCManager failed err=", managerError, L" (need Administrator)\n");
   }
-  RemoveExistingService(manager.get());
+  if (StopAndDeleteService(manager.get())) {
+    Sleep(400);  // the name is free only after the manager has dropped the old entry
+  }
   const ServiceHandle service(
       CreateServiceW(manager.get(), kServiceName, L"Tavrin连接服务", SERVICE_ALL_ACCESS,
                      SERVICE_WIN32_OWN_PROCESS, SERVICE_AUTO_START, SERVICE_ERROR_NORMAL,
@@ -100,17 +100,13 @@ int UninstallService() {
   if (!manager) {
     return Fail(L"OpenSCManager failed err=", managerError, L" (need Administrator)\n");
   }
-  const ServiceHandle service(
-      OpenServiceW(manager.get(), kServiceName, DELETE | SERVICE_STOP | SERVICE_QUERY_STATUS));
-  if (!service) {
+  const std::optional<DWORD> deleted = StopAndDeleteService(manager.get());
+  if (!deleted) {
     WriteConsoleText(stdout, L"Service not installed.\n");
     return 0;
   }
-  (void)StopServiceAndWait(service.get());
-  const BOOL deleted = DeleteService(service.get());
-  const DWORD deleteError = GetLastError();
-  if (deleted == FALSE) {
-    return Fail(L"DeleteService failed err=", deleteError, L"\n");
+  if (*deleted != NO_ERROR) {
+    return Fail(L"DeleteService failed err=", *deleted, L"\n");
   }
   WriteConsoleText(stdout, std::wstring(L"Uninstalled ") + kServiceName + L"\n");
   return 0;

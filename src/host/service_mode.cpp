@@ -2,16 +2,17 @@
 #include <string>
 
 #include "src/control/pipe_server.h"
-#include "src/host/process_state.h"
+#include "src/control/wake.h"
 #include "src/host/run_modes.h"
-#include "src/host/service_log.h"
-#include "src/host/wake.h"
+#include "src/host/run_modes_internal.h"
+#include "src/runtime/process_state.h"
+#include "src/runtime/service_log.h"
 
 namespace vpn {
 namespace {
 
 // The handler may run on the dispatcher's thread while the service's own thread reports.
-std::atomic<SERVICE_STATUS_HANDLE> ServiceStatusHandle{nullptr};
+std::atomic<SERVICE_STATUS_HANDLE> g_serviceStatusHandle{nullptr};
 
 constexpr DWORD kStopAndShutdown = SERVICE_ACCEPT_STOP | SERVICE_ACCEPT_SHUTDOWN;
 
@@ -23,7 +24,7 @@ void ReportStatus(DWORD state, DWORD acceptedControls, DWORD waitHint) {
   record.dwControlsAccepted = acceptedControls;
   record.dwWin32ExitCode = NO_ERROR;
   record.dwWaitHint = waitHint;
-  (void)SetServiceStatus(ServiceStatusHandle.load(), &record);  // nobody else to tell
+  (void)SetServiceStatus(g_serviceStatusHandle.load(), &record);  // nobody else to tell
 }
 
 }  // namespace
@@ -40,14 +41,14 @@ int RunUnderServiceManager() {
 }
 
 void WINAPI ServiceMain(DWORD /*argc*/, LPWSTR* /*argv*/) {
-  ServiceStatusHandle.exchange(
+  g_serviceStatusHandle.exchange(
       RegisterServiceCtrlHandlerExW(kServiceName, ServiceControlHandler, nullptr));
-  if (ServiceStatusHandle.load() == nullptr) {
+  if (g_serviceStatusHandle.load() == nullptr) {
     return;
   }
   ReportStatus(SERVICE_START_PENDING, 0, 2000);
-  StopRequested.exchange(0);
-  WriteLog(L"service running. runtime=" + RuntimeDir);
+  g_stopRequested.exchange(0);
+  WriteLog(L"service running. runtime=" + g_runtimeDir);
   ReportStatus(SERVICE_RUNNING, kStopAndShutdown, 0);
   ServeControlPipe();
   WriteLog(L"service stopped");
@@ -57,7 +58,7 @@ void WINAPI ServiceMain(DWORD /*argc*/, LPWSTR* /*argv*/) {
 DWORD WINAPI ServiceControlHandler(DWORD control, DWORD /*eventType*/, void* /*eventData*/,
                                    void* /*context*/) {
   if (control == SERVICE_CONTROL_STOP || control == SERVICE_CONTROL_SHUTDOWN) {
-    if (ServiceStatusHandle.load() != nullptr) {
+    if (g_serviceStatusHandle.load() != nullptr) {
       ReportStatus(SERVICE_STOP_PENDING, kStopAndShutdown, 4000);
     }
     WakeControlPipe();

@@ -1,6 +1,6 @@
 #include "src/net/adapter_wait.h"
 
-#include "src/common/text.h"
+#include "src/net/adapter_kind.h"
 #include "src/net/adapter_list.h"
 
 namespace vpn {
@@ -22,29 +22,22 @@ bool PollFor(DWORD budget, Look look) {
   return false;
 }
 
-bool IsWantedAdapter(const IP_ADAPTER_ADDRESSES& adapter, const std::wstring& name) {
-  const AdapterNames names = NamesOf(adapter);
-  const bool isWintun = ContainsNoCase(names.friendlyName, L"wintun") ||
-                        ContainsNoCase(names.description, L"Wintun") ||
-                        ContainsNoCase(names.description, L"tun2socks");
-  const bool isNamed =
-      ContainsNoCase(names.friendlyName, name) || ContainsNoCase(names.description, name);
-  return isWintun && isNamed && adapter.OperStatus == IfOperStatusUp;
-}
-
 }  // namespace
 
-bool WaitForTunAdapter(const std::wstring& name, std::wstring& alias, DWORD budget) {
-  return PollFor(budget, [&] {
+std::optional<std::wstring> WaitForTunAdapter(const std::wstring& name, DWORD budget) {
+  std::optional<std::wstring> alias;
+  (void)PollFor(budget, [&] {
     const AdapterList adapters(AF_UNSPEC, 0);
     for (const auto* adapter = adapters.first(); adapter != nullptr; adapter = adapter->Next) {
-      if (IsWantedAdapter(*adapter, name)) {
-        alias = NamesOf(*adapter).friendlyName;
-        return true;
+      const AdapterNames names = NamesOf(*adapter);
+      if (IsOwnTunnel(names, name) && adapter->OperStatus == IfOperStatusUp) {
+        alias = names.friendlyName;
+        break;
       }
     }
-    return false;
+    return alias.has_value();
   });
+  return alias;
 }
 
 bool WaitForAdapterIpv4(const std::wstring& alias, DWORD budget) {

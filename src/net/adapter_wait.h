@@ -5,13 +5,13 @@
 
 #include <windows.h>
 
+#include <optional>
 #include <string>
 
 namespace vpn {
 
-// True once a Wintun adapter with `name` in its friendly name or description is up; `alias` is then
-// its friendly name.
-bool WaitForTunAdapter(const std::wstring& name, std::wstring& alias, DWORD budget);
+// The friendly name of this system's own adapter, whose names hold `name`, once it is up.
+std::optional<std::wstring> WaitForTunAdapter(const std::wstring& name, DWORD budget);
 
 // True once the adapter of exactly this friendly name has an IPv4 address, whichever it is.
 bool WaitForAdapterIpv4(const std::wstring& alias, DWORD budget);

@@ -2,35 +2,58 @@
 
 #include <algorithm>
 
+#include "src/common/text.h"
 #include "src/net/ip_helper.h"
-#include "src/net/routes.h"
-#include "src/net/winsock_session.h"
+#include "src/net/winsock_scope.h"
 
 namespace vpn {
 namespace {
 
-struct AddressInfoTraits {
-  using Type = ADDRINFOW*;
-  static Type Empty() { return nullptr; }
-  static bool IsValid(Type value) { return value != nullptr; }
-  static void Close(Type value) { FreeAddrInfoW(value); }
-};
+// The platform's resolver has two forms: for wide text, and for bytes.
+int LookUp(const std::wstring& host, const ADDRINFOW* hints, ADDRINFOW** list) {
+  return GetAddrInfoW(host.c_str(), nullptr, hints, list);
+}
+int LookUp(const std::string& host, const addrinfo* hints, addrinfo** list) {
+  return getaddrinfo(host.c_str(), nullptr, hints, list);
+}
+void Free(ADDRINFOW* list) {
+  FreeAddrInfoW(list);
+}
+void Free(addrinfo* list) {
+  freeaddrinfo(list);
+}
 
-std::vector<std::wstring> LookUp(const std::wstring& host) {
-  ADDRINFOW hints = {};
+template <class Info>
+struct AddressListTraits : NullIsEmpty<Info*> {
+  static void close(Info* value) { Free(value); }
+};
+template <class Info>
+using AddressList = UniqueHandle<AddressListTraits<Info>>;
+
+// Empty when the host does not resolve.
+template <class Info, class Text>
+AddressList<Info> LookUpIpv4(const Text& host) {
+  Info hints = {};
   hints.ai_family = AF_INET;
   hints.ai_socktype = SOCK_STREAM;
-  UniqueHandle<AddressInfoTraits> result;
-  if (GetAddrInfoW(host.c_str(), nullptr, &hints, result.put()) != 0) {
-    return {};
-  }
+  AddressList<Info> list;
+  return LookUp(host, &hints, list.put()) == 0 ? std::move(list) : AddressList<Info>();
+}
+
+template <class Info>
+const IN_ADDR& AddressOf(const Info& entry) {
+  return reinterpret_cast<const sockaddr_in*>(entry.ai_addr)->sin_addr;
+}
+
+std::vector<std::wstring> ResolveAll(const std::wstring& host) {
+  const WinsockScope winsock;  // without it the look-up just fails
+  const auto list = LookUpIpv4<ADDRINFOW>(host);
   std::vector<std::wstring> addresses;
-  for (const ADDRINFOW* entry = result.get(); entry != nullptr; entry = entry->ai_next) {
+  for (const ADDRINFOW* entry = list.get(); entry != nullptr; entry = entry->ai_next) {
     if (entry->ai_family != AF_INET || entry->ai_addr == nullptr) {
       continue;
     }
-    const std::wstring text =
-        FormatIpv4(reinterpret_cast<const sockaddr_in*>(entry->ai_addr)->sin_addr);
+    const std::wstring text = FormatIpv4(AddressOf(*entry));
     if (!text.empty()) {
       addresses.push_back(text);
     }
@@ -47,12 +70,21 @@ std::vector<std::wstring> ResolveHostIpv4(const std::wstring& host) {
   if (IsIpv4Literal(host)) {
     return {host};
   }
-  // Without Winsock the look-up just fails.
-  const WinsockSession winsock;
-  std::vector<std::wstring> addresses = LookUp(host);
+  std::vector<std::wstring> addresses = ResolveAll(host);
   std::sort(addresses.begin(), addresses.end());
   addresses.erase(std::unique(addresses.begin(), addresses.end()), addresses.end());
   return addresses;
+}
+
+std::string ResolveFirstIpv4(const std::string& host) {
+  const WinsockScope winsock;
+  const auto list = LookUpIpv4<addrinfo>(host);
+  if (!list) {
+    return {};
+  }
+  std::array<char, 22> text{};
+  const char* const written = inet_ntop(AF_INET, &AddressOf(*list.get()), text.data(), text.size());
+  return written == nullptr ? "" : text.data();
 }
 
 }  // namespace vpn

@@ -1,5 +1,7 @@
 #include "src/net/interface_address.h"
 
+#include "src/net/interface_address_internal.h"
+
 #include "src/net/adapter_list.h"
 #include "src/net/dns_settings.h"
 
@@ -37,7 +39,7 @@ DWORD CreateAddress(const NET_LUID& luid, const IN_ADDR& address, std::uint8_t p
   MIB_UNICASTIPADDRESS_ROW row = {};
   InitializeUnicastIpAddressEntry(&row);
   row.InterfaceLuid = luid;
-  (void)ConvertInterfaceLuidToIndex(&luid, &row.InterfaceIndex);  // the LUID counts
+  (void)ConvertInterfaceLuidToIndex(&luid, &row.InterfaceIndex);  // the LUID alone names it
   row.Address.Ipv4.sin_family = AF_INET;
   row.Address.Ipv4.sin_addr = address;
   row.ValidLifetime = kForever;
@@ -59,46 +61,41 @@ void AppendDnsServers(const IP_ADAPTER_ADDRESSES& adapter, std::vector<std::wstr
 
 }  // namespace
 
-bool LookupInterfaceIds(const std::wstring& alias, NET_LUID& luid, GUID& guid,
-                        std::wstring& error) {
+Status LookupInterfaceIds(const std::wstring& alias, NET_LUID& luid, GUID& guid) {
   if (ConvertInterfaceAliasToLuid(alias.c_str(), &luid) != NO_ERROR) {
-    error = L"unknown interface " + alias;
-    return false;
+    return Status::failure(L"unknown interface " + alias);
   }
   if (ConvertInterfaceLuidToGuid(&luid, &guid) != NO_ERROR) {
-    error = L"guid lookup failed for " + alias;
-    return false;
+    return Status::failure(L"guid lookup failed for " + alias);
   }
-  return true;
+  return Status::success();
 }
 
-bool SetInterfaceAddress(const std::wstring& alias, const std::wstring& address,
-                         std::uint8_t prefixLength, std::wstring& error) {
+Status SetInterfaceAddress(const std::wstring& alias, const std::wstring& address,
+                           std::uint8_t prefixLength) {
   NET_LUID luid = {};
   GUID guid = {};
-  if (!LookupInterfaceIds(alias, luid, guid, error)) {
-    return false;
+  if (Status known = LookupInterfaceIds(alias, luid, guid); !known) {
+    return known;
   }
-  IN_ADDR parsed = {};
-  if (!ParseIpv4(address, parsed)) {
-    error = L"invalid IPv4 address " + address;
-    return false;
+  const std::optional<IN_ADDR> parsed = ParseIpv4(address);
+  if (!parsed) {
+    return Status::failure(L"invalid IPv4 address " + address);
   }
   DeleteIpv4Addresses(luid);
   DisableDuplicateAddressDetection(luid);
-  const DWORD result = CreateAddress(luid, parsed, prefixLength);
-  if (result == NO_ERROR || result == ERROR_OBJECT_ALREADY_EXISTS) {
-    return true;
+  const DWORD result = CreateAddress(luid, *parsed, prefixLength);
+  if (result != NO_ERROR && result != ERROR_OBJECT_ALREADY_EXISTS) {
+    return Status::failure(L"CreateUnicastIpAddressEntry failed " + std::to_wstring(result));
   }
-  error = L"CreateUnicastIpAddressEntry failed " + std::to_wstring(result);
-  return false;
+  return Status::success();
 }
 
-bool SetInterfaceDns(const std::wstring& alias, const std::wstring& server, std::wstring& error) {
+Status SetInterfaceDns(const std::wstring& alias, const std::wstring& server) {
   NET_LUID luid = {};
   GUID guid = {};
-  if (!LookupInterfaceIds(alias, luid, guid, error)) {
-    return false;
+  if (Status known = LookupInterfaceIds(alias, luid, guid); !known) {
+    return known;
   }
   std::wstring nameServer = server;  // the structure wants it writable
   DNS_INTERFACE_SETTINGS settings = {};
@@ -107,15 +104,13 @@ bool SetInterfaceDns(const std::wstring& alias, const std::wstring& server, std:
   settings.NameServer = nameServer.data();
   const DWORD result = SetInterfaceDnsSettings(guid, &settings);
   if (result != NO_ERROR) {
-    error = L"SetInterfaceDnsSettings failed " + std::to_wstring(result);
-    return false;
+    return Status::failure(L"SetInterfaceDnsSettings failed " + std::to_wstring(result));
   }
-  return true;
+  return Status::success();
 }
 
-bool ClearInterfaceDns(const std::wstring& alias) {
-  std::wstring ignored;
-  return SetInterfaceDns(alias, L"", ignored);
+Status ClearInterfaceDns(const std::wstring& alias) {
+  return SetInterfaceDns(alias, L"");
 }
 
 std::vector<std::wstring> ListInterfaceDnsServers(const std::wstring& alias) {

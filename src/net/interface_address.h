@@ -8,19 +8,18 @@
 #include <string>
 #include <vector>
 
-namespace vpn {
+#include "src/common/status.h"
 
-// False with `error` set when either is unknown.
-bool LookupInterfaceIds(const std::wstring& alias, NET_LUID& luid, GUID& guid, std::wstring& error);
+namespace vpn {
 
 // Makes `address` (dotted IPv4) the interface's only IPv4 address and switches duplicate address
 // detection off. Nothing is changed for an address that does not parse.
-bool SetInterfaceAddress(const std::wstring& alias, const std::wstring& address,
-                         std::uint8_t prefixLength, std::wstring& error);
+Status SetInterfaceAddress(const std::wstring& alias, const std::wstring& address,
+                           std::uint8_t prefixLength);
 
 // Sets the one static name server; the empty text clears them.
-bool SetInterfaceDns(const std::wstring& alias, const std::wstring& server, std::wstring& error);
-bool ClearInterfaceDns(const std::wstring& alias);
+Status SetInterfaceDns(const std::wstring& alias, const std::wstring& server);
+Status ClearInterfaceDns(const std::wstring& alias);
 
 // Dotted IPv4 name servers of every adapter whose friendly name equals `alias` exactly, in order.
 // Empty when the list can't be read.

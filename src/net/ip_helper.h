@@ -9,6 +9,7 @@
 #include <netioapi.h>
 
 #include <array>
+#include <optional>
 #include <string>
 
 #include "src/common/unique_handle.h"
@@ -19,18 +20,16 @@ inline constexpr ULONG kForever = 0xFFFFFFFF;  // lifetime in seconds; nldef.h: 
 
 // For any table that a Get…Table call hands out.
 template <class Table>
-struct MibTableTraits {
-  using Type = Table*;
-  static Type Empty() { return nullptr; }
-  static bool IsValid(Type value) { return value != nullptr; }
-  static void Close(Type value) { FreeMibTable(value); }
+struct MibTableTraits : NullIsEmpty<Table*> {
+  static void close(Table* value) { FreeMibTable(value); }
 };
 template <class Table>
 using UniqueMibTable = UniqueHandle<MibTableTraits<Table>>;
 
-// False unless the text is a dotted IPv4 address by the platform's own reading.
-inline bool ParseIpv4(const std::wstring& text, IN_ADDR& address) {
-  return InetPtonW(AF_INET, text.c_str(), &address) == 1;
+// Nothing unless the text is a dotted IPv4 address by the platform's own reading.
+inline std::optional<IN_ADDR> ParseIpv4(const std::wstring& text) {
+  IN_ADDR address = {};
+  return InetPtonW(AF_INET, text.c_str(), &address) == 1 ? std::optional(address) : std::nullopt;
 }
 
 // Dotted text, empty when the platform refuses.

@@ -1,16 +1,13 @@
 #include "src/net/physical_route.h"
 
-#include <algorithm>
 #include <array>
+#include <optional>
 
-#include "src/common/text.h"
+#include "src/net/adapter_kind.h"
 #include "src/net/ip_helper.h"
 
 namespace vpn {
 namespace {
-
-constexpr const wchar_t* kVirtualWords[] = {L"VMware",     L"Loopback", L"wintun",   L"xray",
-                                            L"VirtualBox", L"Hyper-V",  L"vEthernet"};
 
 constexpr ULONG kNoMetric = 0xFFFFFFFF;
 
@@ -19,14 +16,13 @@ bool IsGatewayRoute(const MIB_IPFORWARD_ROW2& row) {
   return row.DestinationPrefix.PrefixLength == 0 && row.NextHop.Ipv4.sin_addr.s_addr != 0;
 }
 
-// False when the platform can't name the interface.
-bool LookupAlias(const NET_LUID& luid, std::wstring& alias) {
+// Nothing when the platform can't name the interface.
+std::optional<std::wstring> LookupAlias(const NET_LUID& luid) {
   std::array<wchar_t, NDIS_IF_MAX_STRING_SIZE + 1> name{};
   if (ConvertInterfaceLuidToAlias(&luid, name.data(), name.size()) != NO_ERROR) {
-    return false;
+    return std::nullopt;
   }
-  alias = name.data();
-  return true;
+  return name.data();
 }
 
 PhysicalRoute MakeRoute(const MIB_IPFORWARD_ROW2& row, const std::wstring& alias) {
@@ -42,11 +38,10 @@ PhysicalRoute MakeRoute(const MIB_IPFORWARD_ROW2& row, const std::wstring& alias
 
 }  // namespace
 
-bool FindPhysicalRoute(PhysicalRoute& route, std::wstring& error) {
+Status FindPhysicalRoute(PhysicalRoute& route) {
   UniqueMibTable<MIB_IPFORWARD_TABLE2> table;
   if (GetIpForwardTable2(AF_INET, table.put()) != NO_ERROR || !table) {
-    error = L"GetIpForwardTable2 failed";
-    return false;
+    return Status::failure(L"GetIpForwardTable2 failed");
   }
   ULONG bestMetric = kNoMetric;
   PhysicalRoute best;
@@ -55,25 +50,17 @@ bool FindPhysicalRoute(PhysicalRoute& route, std::wstring& error) {
     if (!IsGatewayRoute(row)) {
       continue;
     }
-    std::wstring alias;
-    if (!LookupAlias(row.InterfaceLuid, alias) || IsVirtualInterfaceAlias(alias) ||
-        row.Metric >= bestMetric) {
-      continue;
+    const std::optional<std::wstring> alias = LookupAlias(row.InterfaceLuid);
+    if (alias && !IsVirtualInterfaceAlias(*alias) && row.Metric < bestMetric) {
+      bestMetric = row.Metric;
+      best = MakeRoute(row, *alias);
     }
-    bestMetric = row.Metric;
-    best = MakeRoute(row, alias);
   }
   if (bestMetric == kNoMetric) {
-    error = L"no physical default gateway";
-    return false;
+    return Status::failure(L"no physical default gateway");
   }
   route = best;
-  return true;
-}
-
-bool IsVirtualInterfaceAlias(const std::wstring& alias) {
-  return std::any_of(std::begin(kVirtualWords), std::end(kVirtualWords),
-                     [&](const wchar_t* word) { return ContainsNoCase(alias, word); });
+  return Status::success();
 }
 
 }  // namespace vpn

@@ -5,6 +5,8 @@
 #include <cstdint>
 #include <string>
 
+#include "src/common/status.h"
+
 namespace vpn {
 
 struct PhysicalRoute {
@@ -14,12 +16,9 @@ struct PhysicalRoute {
 };
 
 // The IPv4 default route with the lowest metric of its own among those with a next hop on an
-// interface that is not virtual; of equal ones the first in table order. On false `route` is
-// unchanged and `error` set.
-bool FindPhysicalRoute(PhysicalRoute& route, std::wstring& error);
-
-// By the alias alone: true when it contains one of the words that virtual adapters go by.
-bool IsVirtualInterfaceAlias(const std::wstring& alias);
+// interface that is not virtual; of equal ones the first in table order. A failure leaves `route`
+// as it is.
+Status FindPhysicalRoute(PhysicalRoute& route);
 
 }  // namespace vpn
 

@@ -1,8 +1,9 @@
 #include "src/net/routes.h"
 
-#include <algorithm>
+#include "src/net/routes_internal.h"
 
-#include "src/common/text.h"
+#include <algorithm>
+#include <optional>
 
 namespace vpn {
 namespace {
@@ -16,73 +17,70 @@ bool IsSameRoute(const MIB_IPFORWARD_ROW2& row, const NET_LUID& luid, std::uint8
 
 }  // namespace
 
-bool BuildRouteRow(const std::wstring& alias, const std::wstring& destination,
-                   std::uint8_t prefixLength, const std::wstring& nextHop, ULONG metric,
-                   MIB_IPFORWARD_ROW2& row, std::wstring& error) {
+Status BuildRouteRow(const std::wstring& alias, const std::wstring& destination,
+                     std::uint8_t prefixLength, const std::wstring& nextHop, ULONG metric,
+                     MIB_IPFORWARD_ROW2& row) {
   InitializeIpForwardEntry(&row);
   if (ConvertInterfaceAliasToLuid(alias.c_str(), &row.InterfaceLuid) != NO_ERROR) {
-    error = L"unknown interface " + alias;
-    return false;
+    return Status::failure(L"unknown interface " + alias);
   }
-  IN_ADDR destinationAddress = {};
-  IN_ADDR nextHopAddress = {};
-  if (!ParseIpv4(destination, destinationAddress) || !ParseIpv4(nextHop, nextHopAddress)) {
-    error = L"invalid IPv4 route " + destination + L" via " + nextHop;
-    return false;
+  const std::optional<IN_ADDR> destinationAddress = ParseIpv4(destination);
+  const std::optional<IN_ADDR> nextHopAddress =
+      destinationAddress ? ParseIpv4(nextHop) : std::nullopt;
+  if (!nextHopAddress) {
+    return Status::failure(L"invalid IPv4 route " + destination + L" via " + nextHop);
   }
-  (void)ConvertInterfaceLuidToIndex(&row.InterfaceLuid, &row.InterfaceIndex);  // the LUID counts
+  // The platform finds the interface by its LUID; the index is filled in for whoever reads the row.
+  (void)ConvertInterfaceLuidToIndex(&row.InterfaceLuid, &row.InterfaceIndex);
   row.DestinationPrefix.Prefix.Ipv4.sin_family = AF_INET;
-  row.DestinationPrefix.Prefix.Ipv4.sin_addr = destinationAddress;
+  row.DestinationPrefix.Prefix.Ipv4.sin_addr = *destinationAddress;
   row.DestinationPrefix.PrefixLength = prefixLength;
   row.NextHop.Ipv4.sin_family = AF_INET;
-  row.NextHop.Ipv4.sin_addr = nextHopAddress;
+  row.NextHop.Ipv4.sin_addr = *nextHopAddress;
   row.ValidLifetime = kForever;
   row.PreferredLifetime = kForever;
   row.Metric = metric;
   row.Protocol = static_cast<NL_ROUTE_PROTOCOL>(MIB_IPPROTO_NETMGMT);
-  return true;
+  return Status::success();
 }
 
-bool AddRoute(const std::wstring& alias, const std::wstring& destination, std::uint8_t prefixLength,
-              const std::wstring& nextHop, ULONG metric, std::wstring& error) {
+Status AddRoute(const std::wstring& alias, const std::wstring& destination,
+                std::uint8_t prefixLength, const std::wstring& nextHop, ULONG metric) {
   MIB_IPFORWARD_ROW2 row = {};
-  if (!BuildRouteRow(alias, destination, prefixLength, nextHop, metric, row, error)) {
-    return false;
+  if (Status built = BuildRouteRow(alias, destination, prefixLength, nextHop, metric, row);
+      !built) {
+    return built;
   }
   const DWORD result = CreateIpForwardEntry2(&row);
-  if (result == NO_ERROR || result == ERROR_OBJECT_ALREADY_EXISTS) {
-    return true;
+  if (result != NO_ERROR && result != ERROR_OBJECT_ALREADY_EXISTS) {
+    return Status::failure(L"CreateIpForwardEntry2 failed " + std::to_wstring(result) + L" for " +
+                           destination);
   }
-  error = L"CreateIpForwardEntry2 failed " + std::to_wstring(result) + L" for " + destination;
-  return false;
+  return Status::success();
 }
 
 bool DeleteRoute(const std::wstring& alias, const std::wstring& destination,
                  std::uint8_t prefixLength, const std::wstring& nextHop) {
   MIB_IPFORWARD_ROW2 row = {};
-  std::wstring ignored;
-  return BuildRouteRow(alias, destination, prefixLength, nextHop, 0, row, ignored) &&
+  return BuildRouteRow(alias, destination, prefixLength, nextHop, 0, row) &&
          DeleteIpForwardEntry2(&row) == NO_ERROR;
 }
 
 bool RouteExists(const std::wstring& alias, const std::wstring& destination,
                  std::uint8_t prefixLength) {
   NET_LUID luid = {};
-  IN_ADDR address = {};
+  if (ConvertInterfaceAliasToLuid(alias.c_str(), &luid) != NO_ERROR) {
+    return false;
+  }
+  const std::optional<IN_ADDR> address = ParseIpv4(destination);
   UniqueMibTable<MIB_IPFORWARD_TABLE2> table;
-  if (ConvertInterfaceAliasToLuid(alias.c_str(), &luid) != NO_ERROR ||
-      !ParseIpv4(destination, address) || GetIpForwardTable2(AF_INET, table.put()) != NO_ERROR ||
-      !table) {
+  if (!address || GetIpForwardTable2(AF_INET, table.put()) != NO_ERROR || !table) {
     return false;
   }
   const MIB_IPFORWARD_ROW2* const rows = table.get()->Table;
   return std::any_of(rows, rows + table.get()->NumEntries, [&](const MIB_IPFORWARD_ROW2& row) {
-    return IsSameRoute(row, luid, prefixLength, address);
+    return IsSameRoute(row, luid, prefixLength, *address);
   });
-}
-
-bool IsIpv4Literal(const std::wstring& text) {
-  return HasDottedQuadShape(std::wstring_view(text));
 }
 
 }  // namespace vpn

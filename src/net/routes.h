@@ -8,17 +8,13 @@
 #include <cstdint>
 #include <string>
 
+#include "src/common/status.h"
+
 namespace vpn {
 
-// False with `error` set for an alias that has no LUID or a text that is no IPv4 address.
-bool BuildRouteRow(const std::wstring& alias, const std::wstring& destination,
-                   std::uint8_t prefixLength, const std::wstring& nextHop, ULONG metric,
-                   MIB_IPFORWARD_ROW2& row, std::wstring& error);
-
-// A route that already stands is a success; its metric is not compared. `error` is set on failure
-// only.
-bool AddRoute(const std::wstring& alias, const std::wstring& destination, std::uint8_t prefixLength,
-              const std::wstring& nextHop, ULONG metric, std::wstring& error);
+// A route that already stands is a success; its metric is not compared.
+Status AddRoute(const std::wstring& alias, const std::wstring& destination,
+                std::uint8_t prefixLength, const std::wstring& nextHop, ULONG metric);
 
 // True only when a route was deleted.
 bool DeleteRoute(const std::wstring& alias, const std::wstring& destination,
@@ -27,10 +23,6 @@ bool DeleteRoute(const std::wstring& alias, const std::wstring& destination,
 // Next hop and metric are not compared.
 bool RouteExists(const std::wstring& alias, const std::wstring& destination,
                  std::uint8_t prefixLength);
-
-// By its shape alone: digits and dots with exactly three dots. "..." passes, and so does
-// "999.0.0.1".
-bool IsIpv4Literal(const std::wstring& text);
 
 }  // namespace vpn
 

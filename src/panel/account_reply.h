@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "src/account/control_plane.h"
+#include "src/common/node_info.h"
 
 namespace vpn {
 

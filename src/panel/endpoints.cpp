@@ -6,6 +6,7 @@
 #include "src/common/files.h"
 #include "src/common/text.h"
 #include "src/panel/json_reader.h"
+#include "src/runtime/runtime_files.h"
 
 namespace vpn {
 namespace {
@@ -26,7 +27,7 @@ std::wstring CutPort(const std::wstring& host) {
 
 PanelEndpoints ReadPanelEndpoints(const std::wstring& runtimeDir) {
   std::string text;
-  if (!ReadFileBytes(runtimeDir + L"\\panel.json", text)) {
+  if (!ReadFileBytes(runtimeDir + L'\\' + kPanelFile, text)) {
     return {};
   }
   const auto read = [&](const char* key) { return Utf8ToWide(JsonString(text, key)); };

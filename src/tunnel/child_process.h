@@ -1,4 +1,4 @@
-// The long-lived helper programs: finding, starting and asking after them.
+// The long-lived helper programs: finding and starting them.
 #ifndef TAVRIN_SRC_TUNNEL_CHILD_PROCESS_H_
 #define TAVRIN_SRC_TUNNEL_CHILD_PROCESS_H_
 
@@ -6,7 +6,8 @@
 
 #include <string>
 
-#include "src/common/unique_handle.h"
+#include "src/common/hidden_process.h"
+#include "src/common/status.h"
 
 namespace vpn {
 
@@ -17,14 +18,10 @@ std::wstring QuoteArgument(const std::wstring& text);
 std::wstring FindFileByPattern(const std::wstring& directory, const std::wstring& pattern);
 
 // Creates the child suspended, puts it into `job` (null: into none) and lets it run, so that it
-// never runs outside the job. An empty working directory means this process's own. On false the
-// outputs are untouched, no child is left, and `error` is set.
-bool SpawnChild(HANDLE job, const std::wstring& executable, const std::wstring& commandLine,
-                const std::wstring& workingDirectory, KernelHandle& process, KernelHandle& thread,
-                std::wstring& error);
-
-// False for null.
-bool IsProcessRunning(HANDLE process);
+// never runs outside the job. An empty working directory means this process's own. A failure leaves
+// `child` as it is, and no child behind.
+Status SpawnChild(HANDLE job, const std::wstring& executable, const std::wstring& commandLine,
+                  const std::wstring& workingDirectory, HiddenProcess& child);
 
 }  // namespace vpn
 

@@ -28,21 +28,21 @@ std::wstring TracePath() {
 }  // namespace
 
 ConnectTimer::ConnectTimer()
-    : path(TracePath()), startTicks(GetTickCount64()), lastTicks(startTicks) {}
+    : path_(TracePath()), startTicks_(GetTickCount64()), lastTicks_(startTicks_) {}
 
 void ConnectTimer::mark(const wchar_t* label) {
-  if (path.empty()) {
+  if (path_.empty()) {
     return;
   }
   const std::uint64_t now = GetTickCount64();
   std::FILE* opened = nullptr;
-  if (_wfopen_s(&opened, path.c_str(), L"a, ccs=UTF-8") == 0) {
+  if (_wfopen_s(&opened, path_.c_str(), L"a, ccs=UTF-8") == 0) {
     const UniqueFile file(opened);
     (void)std::fwprintf(file.get(), L"%-28ls +%5llums  total %5llums\n", label,
-                        static_cast<unsigned long long>(now - lastTicks),
-                        static_cast<unsigned long long>(now - startTicks));
+                        static_cast<unsigned long long>(now - lastTicks_),
+                        static_cast<unsigned long long>(now - startTicks_));
   }
-  lastTicks = now;
+  lastTicks_ = now;
 }
 
 }  // namespace vpn

@@ -19,9 +19,9 @@ class ConnectTimer {
   void mark(const wchar_t* label);
 
  private:
-  std::wstring path;  // empty: no trace
-  std::uint64_t startTicks;
-  std::uint64_t lastTicks;
+  std::wstring path_;  // empty: no trace
+  std::uint64_t startTicks_;
+  std::uint64_t lastTicks_;
 };
 
 }  // namespace vpn

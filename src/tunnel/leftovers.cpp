@@ -23,12 +23,12 @@ void CleanupLeftoverNetwork(const std::wstring& tunAddress, const std::wstring& 
   if (!physicalAlias.empty()) {
     NetshSetRouterDiscovery(physicalAlias, true);
   }
-  std::wstring tunAlias;
-  if (!WaitForTunAdapter(kAdapterName, tunAlias, kSinglePass) || tunAlias.empty()) {
-    return;
+  const std::optional<std::wstring> tunAlias = WaitForTunAdapter(kAdapterName, kSinglePass);
+  // An adapter that is known by its description alone has no alias that a command could name.
+  if (tunAlias && !tunAlias->empty()) {
+    ClearTunIpv4(*tunAlias, tunAddress);
+    NetshDeleteIpv6SplitRoutes(*tunAlias);
   }
-  ClearTunIpv4(tunAlias, tunAddress);
-  NetshDeleteIpv6SplitRoutes(tunAlias);
 }
 
 }  // namespace vpn

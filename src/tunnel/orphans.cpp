@@ -7,9 +7,15 @@
 
 #include "src/common/text.h"
 #include "src/common/unique_handle.h"
+#include "src/net/physical_route.h"
+#include "src/runtime/runtime_files.h"
+#include "src/tunnel/leftovers.h"
+#include "src/tunnel/orphans_internal.h"
 
 namespace vpn {
 namespace {
+
+constexpr DWORD kOrphanPause = 150;  // milliseconds
 
 // Lower case, ending in exactly one backslash, so that a sibling directory never matches.
 std::wstring PathPrefix(const std::wstring& directory) {
@@ -61,6 +67,19 @@ bool KillProcessesUnder(const std::wstring& directory, const std::wstring& name)
     }
   }
   return killed;
+}
+
+bool KillOrphans(const TunnelConfig& config) {
+  const bool hitXray = KillProcessesUnder(config.xrayDir, kXrayProgram);
+  const bool hitTun2socks = KillProcessesUnder(config.tun2socksDir, kTun2socksImage);
+  if (!hitXray && !hitTun2socks) {
+    return false;
+  }
+  Sleep(kOrphanPause);
+  PhysicalRoute route;
+  (void)FindPhysicalRoute(route);  // without a route the alias is just empty
+  CleanupLeftoverNetwork(TunAddressOf(config), route.interfaceAlias);
+  return true;
 }
 
 }  // namespace vpn

@@ -2,14 +2,13 @@
 #ifndef TAVRIN_SRC_TUNNEL_ORPHANS_H_
 #define TAVRIN_SRC_TUNNEL_ORPHANS_H_
 
-#include <string>
+#include "src/tunnel/tunnel_config.h"
 
 namespace vpn {
 
-// Ends every process whose image name begins with `name` and whose executable lies in or below
-// `directory`, ignoring case; one of the same name elsewhere is never touched. True when at least
-// one was found and told to end. Empty arguments match nothing.
-bool KillProcessesUnder(const std::wstring& directory, const std::wstring& name);
+// Ends them and, once they are dead, undoes what they leave on the network. True when there were
+// any.
+bool KillOrphans(const TunnelConfig& config);
 
 }  // namespace vpn
 

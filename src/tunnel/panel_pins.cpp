@@ -1,4 +1,4 @@
-// Keeps the panel reachable on the physical interface while the tunnel is up.
+// Keeps the node and the panel reachable on the physical interface while the tunnel is up.
 #include <algorithm>
 
 #include "src/net/host_resolve.h"
@@ -7,34 +7,37 @@
 
 namespace vpn {
 
+// A pin that fails never stops a connect.
 void TunnelManager::pinPanelHosts(const std::vector<std::wstring>& hosts) {
   std::vector<std::wstring> addresses;
   for (const std::wstring& host : hosts) {
     const std::vector<std::wstring> resolved = ResolveHostIpv4(host);
     addresses.insert(addresses.end(), resolved.begin(), resolved.end());
   }
-  pinAddresses(addresses);
-}
-
-// A pin that fails is just not recorded: it never stops a connect.
-void TunnelManager::pinAddresses(const std::vector<std::wstring>& addresses) {
-  if (physicalAlias.empty() || physicalGateway.empty()) {
+  // Without a gateway, because the platform could not write it, no route can be made.
+  if (physical_.gateway.empty()) {
     return;
   }
   for (const std::wstring& address : addresses) {
-    const bool pinned =
-        std::find(pinnedRoutes.begin(), pinnedRoutes.end(), address) != pinnedRoutes.end();
-    if (pinned || !IsIpv4Literal(address)) {
-      continue;
-    }
-    // An older route to that destination gives way.
-    (void)DeleteRoute(physicalAlias, address, kHostRoutePrefix, physicalGateway);
-    std::wstring ignored;
-    if (AddRoute(physicalAlias, address, kHostRoutePrefix, physicalGateway, kHostRouteMetric,
-                 ignored)) {
-      pinnedRoutes.push_back(address);
+    if (!isPinned(address)) {
+      (void)pin(address);
     }
   }
+}
+
+Status TunnelManager::pin(const std::wstring& address) {
+  // An older route to that destination gives way.
+  (void)DeleteRoute(physical_.interfaceAlias, address, kHostRoutePrefix, physical_.gateway);
+  Status added = AddRoute(physical_.interfaceAlias, address, kHostRoutePrefix, physical_.gateway,
+                          kHostRouteMetric);
+  if (added && !isPinned(address)) {
+    pinnedRoutes_.push_back(address);
+  }
+  return added;
+}
+
+bool TunnelManager::isPinned(const std::wstring& address) const {
+  return std::find(pinnedRoutes_.begin(), pinnedRoutes_.end(), address) != pinnedRoutes_.end();
 }
 
 }  // namespace vpn

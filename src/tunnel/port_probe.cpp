@@ -1,7 +1,8 @@
 #include "src/tunnel/port_probe.h"
 
+#include "src/common/hidden_process.h"
 #include "src/common/unique_handle.h"
-#include "src/net/winsock_session.h"
+#include "src/net/winsock_scope.h"
 
 namespace vpn {
 namespace {
@@ -11,9 +12,9 @@ constexpr timeval kConnectWait = {0, 5000};  // microseconds: 5 ms
 
 struct SocketTraits {
   using Type = SOCKET;
-  static Type Empty() { return INVALID_SOCKET; }
-  static bool IsValid(Type value) { return value != INVALID_SOCKET; }
-  static void Close(Type value) { (void)closesocket(value); }
+  static Type empty() { return INVALID_SOCKET; }
+  static bool isValid(Type value) { return value != INVALID_SOCKET; }
+  static void close(Type value) { (void)closesocket(value); }
 };
 
 // True when the connection that is under way has been made within the wait.
@@ -47,14 +48,10 @@ bool TryConnect(const sockaddr_in& address) {
   return WSAGetLastError() == WSAEWOULDBLOCK && AwaitConnection(attempt.get());
 }
 
-bool HasEnded(HANDLE process) {
-  return process != nullptr && WaitForSingleObject(process, 0) != WAIT_TIMEOUT;
-}
-
 }  // namespace
 
 bool WaitForLocalPort(std::uint16_t port, DWORD budget, HANDLE process) {
-  const WinsockSession winsock;
+  const WinsockScope winsock;
   if (!winsock.isOpen()) {
     return false;
   }
@@ -64,7 +61,7 @@ bool WaitForLocalPort(std::uint16_t port, DWORD budget, HANDLE process) {
   (void)InetPtonW(AF_INET, L"127.0.0.1", &address.sin_addr);  // a literal
   const ULONGLONG deadline = GetTickCount64() + budget;
   while (GetTickCount64() < deadline) {
-    if (HasEnded(process)) {
+    if (process != nullptr && !IsProcessRunning(process)) {
       return false;
     }
     if (TryConnect(address)) {

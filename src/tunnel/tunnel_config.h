@@ -32,6 +32,10 @@ struct TunnelConfig {
   std::vector<std::wstring> panelHosts;  // host names or IPv4 literals
 };
 
+inline std::wstring TunAddressOf(const TunnelConfig& config) {
+  return config.tunAddress.empty() ? kDefaultTunAddress : config.tunAddress;
+}
+
 }  // namespace vpn
 
 #endif  // TAVRIN_SRC_TUNNEL_TUNNEL_CONFIG_H_

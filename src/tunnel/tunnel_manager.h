@@ -6,7 +6,10 @@
 #include <string>
 #include <vector>
 
+#include "src/common/hidden_process.h"
+#include "src/common/status.h"
 #include "src/common/unique_handle.h"
+#include "src/net/physical_route.h"
 #include "src/tunnel/connect_timer.h"
 #include "src/tunnel/tunnel_config.h"
 
@@ -21,56 +24,57 @@ class TunnelManager {
   ~TunnelManager();
 
   // Takes the machine from whatever state it is in to a working tunnel; what ran before is stopped
-  // first. On true `error` is unchanged. On false it holds the text for the user; a failure after
-  // the job exists has called `stop`, and one before it leaves the panel's pins to the next `stop`.
-  // Blocks for tens of seconds at worst.
-  bool start(const TunnelConfig& config, std::wstring& error);
+  // first. A failure after the job exists has called `stop`, and one before it leaves the panel's
+  // pins to the next `stop`. Blocks for tens of seconds at worst.
+  Status start(const TunnelConfig& config);
 
   // Ends the children and undoes the network changes. Any state, any number of times; cannot fail.
   void stop();
 
-  // True when both children are alive. Says nothing about the routes.
-  bool isRunning() const;
+  // Says nothing about the routes.
+  bool childrenAlive() const;
 
  private:
-  struct HelperFiles {
-    std::wstring xray;
-    std::wstring tun2socks;
+  // What one start carries from phase to phase.
+  struct Start {
+    explicit Start(const TunnelConfig& wanted) : config(wanted) {}
+
+    const TunnelConfig& config;
+    ConnectTimer timer;
+    std::wstring xrayPath;
+    std::wstring tun2socksPath;
   };
 
-  // The phases of a start, in order. Those with an error text return false after setting it.
-  void clearOldState(const TunnelConfig& config, ConnectTimer& timer);
-  bool preparePhysicalSide(const TunnelConfig& config, ConnectTimer& timer, std::wstring& error);
-  bool createJob(std::wstring& error);
-  bool startChildren(const TunnelConfig& config, const HelperFiles& files, ConnectTimer& timer,
-                     std::wstring& error);
-  bool startXray(const TunnelConfig& config, const HelperFiles& files, ConnectTimer& timer,
-                 std::wstring& error);
-  bool bringUpAdapter(ConnectTimer& timer, std::wstring& error);
-  bool installRoutes(ConnectTimer& timer, std::wstring& error);
-  void blockIpv6(ConnectTimer& timer);
+  // The phases of a start, in order.
+  void clearOldState(Start& start);
+  static Status findHelperFiles(Start& start);
+  Status preparePhysicalSide(Start& start);
+  Status createJob();
+  Status startXray(Start& start);
+  Status startTun2socks(Start& start);
+  Status bringUpAdapter(Start& start);
+  Status installRoutes(Start& start);
+  void blockIpv6(Start& start);
 
   // A name server of ours that a crashed run left on the physical interface goes back to DHCP.
-  void repairPhysicalDns(ConnectTimer& timer);
+  void repairPhysicalDns(Start& start);
   void pinPanelHosts(const std::vector<std::wstring>& hosts);
-  void pinAddresses(const std::vector<std::wstring>& addresses);
-  bool pinNode(std::wstring& error);
+  // Leads an address past the tunnel, and remembers it for the undoing.
+  Status pin(const std::wstring& address);
+  bool isPinned(const std::wstring& address) const;
   void undoNetwork();
 
-  static bool findHelperFiles(const TunnelConfig& config, HelperFiles& files, std::wstring& error);
-
-  KernelHandle job;  // kills both children when it is closed
-  KernelHandle xrayProcess;
-  KernelHandle xrayThread;
-  KernelHandle tun2socksProcess;
-  KernelHandle tun2socksThread;
-  bool running = false;  // the last act of a start; only then does `stop` undo the TUN side
-  std::wstring physicalAlias;
-  std::wstring physicalGateway;
-  std::wstring tunAlias;
-  std::wstring tunAddress;
-  std::wstring serverAddress;
-  std::vector<std::wstring> pinnedRoutes;  // IPv4 literals with a /32 route on the physical side
+  KernelHandle job_;  // the platform kills both children when its only handle is closed
+  HiddenProcess xray_;
+  HiddenProcess tun2socks_;
+  bool networkChanged_ = false;  // the last act of a start; only then does `stop` undo the TUN side
+  PhysicalRoute physical_;
+  struct {
+    std::wstring alias;
+    std::wstring address;
+  } tun_;
+  std::wstring nodeAddress_;
+  std::vector<std::wstring> pinnedRoutes_;  // IPv4 literals with a /32 route on the physical side
 };
 
 }  // namespace vpn

@@ -1,15 +1,13 @@
 // The start: old state first, then refusals that need nothing undone, the physical side, the
 // children, and only when these are proven alive the routes and the IPv6 block.
-#include <algorithm>
-
 #include "src/common/socks_port.h"
+#include "src/common/text.h"
 #include "src/net/adapter_wait.h"
 #include "src/net/interface_address.h"
 #include "src/net/netsh.h"
-#include "src/net/physical_route.h"
 #include "src/net/routes.h"
+#include "src/runtime/runtime_files.h"
 #include "src/tunnel/child_process.h"
-#include "src/tunnel/leftovers.h"
 #include "src/tunnel/orphans.h"
 #include "src/tunnel/port_probe.h"
 #include "src/tunnel/preflight.h"
@@ -21,7 +19,6 @@ namespace {
 constexpr DWORD kXrayPortBudget = 5000;  // milliseconds, like the budgets below
 constexpr DWORD kAdapterBudget = 15000;
 constexpr DWORD kAddressBudget = 4000;
-constexpr DWORD kOrphanPause = 150;
 
 std::wstring Tun2socksCommandLine(const std::wstring& executable) {
   return QuoteArgument(executable) + L" --loglevel warn --device " + kAdapterName +
@@ -29,234 +26,183 @@ std::wstring Tun2socksCommandLine(const std::wstring& executable) {
          L" --proxy socks5://127.0.0.1:" + std::to_wstring(kSocksPort);
 }
 
-std::wstring OrDefault(const std::wstring& text, const wchar_t* fallback) {
-  return text.empty() ? fallback : text;
-}
-
 bool Exists(const std::wstring& path) {
   return GetFileAttributesW(path.c_str()) != INVALID_FILE_ATTRIBUTES;
 }
 
-// The user's text about the first file that is missing; null when all are there.
-const wchar_t* MissingFile(const std::wstring& xray, const std::wstring& tun2socks,
-                           const std::wstring& wintun, const std::wstring& configuration) {
-  if (!Exists(xray)) {
-    return L"xray.exe not found";
-  }
-  if (tun2socks.empty()) {
-    return L"tun2socks exe not found";
-  }
-  if (!Exists(wintun)) {
-    return L"wintun.dll not found next to tun2socks";
-  }
-  return Exists(configuration) ? nullptr : L"config not found";
-}
-
-// What a crashed run's children leave behind goes once they are dead.
-bool KillOrphans(const TunnelConfig& config) {
-  const bool hitXray = KillProcessesUnder(config.xrayDir, L"xray.exe");
-  const bool hitTun2socks = KillProcessesUnder(config.tun2socksDir, L"tun2socks");
-  if (!hitXray && !hitTun2socks) {
-    return false;
-  }
-  Sleep(kOrphanPause);
-  PhysicalRoute route;
-  std::wstring ignored;
-  (void)FindPhysicalRoute(route, ignored);  // without a route the alias is just empty
-  CleanupLeftoverNetwork(OrDefault(config.tunAddress, kDefaultTunAddress), route.interfaceAlias);
-  return true;
-}
-
 }  // namespace
 
-bool TunnelManager::start(const TunnelConfig& config, std::wstring& error) {
-  ConnectTimer timer;
-  clearOldState(config, timer);
-  HelperFiles files;
-  if (HasConflict(error) || !findHelperFiles(config, files, error) ||
-      !preparePhysicalSide(config, timer, error) || !createJob(error)) {
-    return false;
+Status TunnelManager::start(const TunnelConfig& config) {
+  Start start(config);
+  clearOldState(start);
+  const Status prepared = CheckConflicts()
+                              .andThen([&] { return findHelperFiles(start); })
+                              .andThen([&] { return preparePhysicalSide(start); })
+                              .andThen([&] { return createJob(); });
+  if (!prepared) {
+    return prepared;
   }
-  if (!startChildren(config, files, timer, error) || !bringUpAdapter(timer, error) ||
-      !installRoutes(timer, error)) {
+  Status up = startXray(start)
+                  .andThen([&] { return startTun2socks(start); })
+                  .andThen([&] { return bringUpAdapter(start); })
+                  .andThen([&] { return installRoutes(start); });
+  if (!up) {
     stop();
-    return false;
+    return up;
   }
-  blockIpv6(timer);
-  running = true;
-  return true;
+  blockIpv6(start);
+  networkChanged_ = true;
+  return up;
 }
 
-void TunnelManager::clearOldState(const TunnelConfig& config, ConnectTimer& timer) {
-  const bool ownSession = isRunning() || running;
+void TunnelManager::clearOldState(Start& start) {
+  const bool ownTunnel = childrenAlive() || networkChanged_;
   stop();
-  timer.mark(ownSession ? L"stop() own session" : L"stop() idle");
-  if (ownSession) {
-    timer.mark(L"skip orphan scan");
+  start.timer.mark(ownTunnel ? L"stop() own session" : L"stop() idle");
+  if (ownTunnel) {
+    start.timer.mark(L"skip orphan scan");
     return;
   }
-  timer.mark(KillOrphans(config) ? L"kill stale (hit)" : L"kill stale (clean)");
+  start.timer.mark(KillOrphans(start.config) ? L"kill stale (hit)" : L"kill stale (clean)");
 }
 
-bool TunnelManager::findHelperFiles(const TunnelConfig& config, HelperFiles& files,
-                                    std::wstring& error) {
+Status TunnelManager::findHelperFiles(Start& start) {
+  const TunnelConfig& config = start.config;
   if (config.xrayDir.empty() || config.tun2socksDir.empty() || config.configPath.empty()) {
-    error = L"xray dir, tun2socks dir and config are required";
-    return false;
+    return Status::failure(L"xray dir, tun2socks dir and config are required");
   }
-  files.xray = config.xrayDir + L"\\xray.exe";
-  files.tun2socks = FindFileByPattern(config.tun2socksDir, L"tun2socks*.exe");
-  const wchar_t* const missing = MissingFile(
-      files.xray, files.tun2socks, config.tun2socksDir + L"\\wintun.dll", config.configPath);
-  if (missing != nullptr) {
-    error = missing;
+  start.xrayPath = config.xrayDir + L'\\' + kXrayProgram;
+  start.tun2socksPath = FindFileByPattern(config.tun2socksDir, kTun2socksPattern);
+  if (!Exists(start.xrayPath)) {
+    return Status::failure(L"xray.exe not found");
   }
-  return missing == nullptr;
+  if (start.tun2socksPath.empty()) {
+    return Status::failure(L"tun2socks exe not found");
+  }
+  if (!Exists(config.tun2socksDir + L'\\' + kWintunLibrary)) {
+    return Status::failure(L"wintun.dll not found next to tun2socks");
+  }
+  return Exists(config.configPath) ? Status::success() : Status::failure(L"config not found");
 }
 
-bool TunnelManager::preparePhysicalSide(const TunnelConfig& config, ConnectTimer& timer,
-                                        std::wstring& error) {
-  PhysicalRoute route;
-  if (!FindPhysicalRoute(route, error)) {
-    return false;
+Status TunnelManager::preparePhysicalSide(Start& start) {
+  if (Status found = FindPhysicalRoute(physical_); !found) {
+    return found;
   }
-  physicalAlias = route.interfaceAlias;
-  physicalGateway = route.gateway;
-  tunAddress = OrDefault(config.tunAddress, kDefaultTunAddress);
-  serverAddress = OrDefault(config.serverAddress, kDefaultNodeAddress);
-  if (!IsIpv4Literal(serverAddress)) {
-    serverAddress = kDefaultNodeAddress;  // a host name is not resolved here
-  }
-  timer.mark(L"find physical route");
-  repairPhysicalDns(timer);
-  pinPanelHosts(config.panelHosts);
-  timer.mark(L"pin panel hosts");
-  return true;
+  tun_.address = TunAddressOf(start.config);
+  // A node given by host name is not resolved here: Xray connects to it through the physical
+  // interface, which its configuration names, so it needs no route. The pin goes to a fixed
+  // address then, so that a start makes, and a stop undoes, the same routes for every node.
+  nodeAddress_ =
+      IsIpv4Literal(start.config.serverAddress) ? start.config.serverAddress : kDefaultNodeAddress;
+  start.timer.mark(L"find physical route");
+  repairPhysicalDns(start);
+  pinPanelHosts(start.config.panelHosts);
+  start.timer.mark(L"pin panel hosts");
+  return Status::success();
 }
 
-void TunnelManager::repairPhysicalDns(ConnectTimer& timer) {
-  if (ListInterfaceDnsServers(physicalAlias) == std::vector<std::wstring>{kTunNameServer}) {
-    NetshResetDns(physicalAlias);
-    timer.mark(L"reset physical dns (netsh)");
+void TunnelManager::repairPhysicalDns(Start& start) {
+  const std::wstring& alias = physical_.interfaceAlias;
+  if (ListInterfaceDnsServers(alias) == std::vector<std::wstring>{kTunNameServer}) {
+    NetshResetDns(alias);
+    start.timer.mark(L"reset physical dns (netsh)");
   }
 }
 
 // A failure here leaves the panel pins and the texts to the next stop, which the next start makes.
-bool TunnelManager::createJob(std::wstring& error) {
+Status TunnelManager::createJob() {
   KernelHandle created(CreateJobObjectW(nullptr, nullptr));
   if (!created) {
-    error = L"CreateJobObject failed";
-    return false;
+    return Status::failure(L"CreateJobObject failed");
   }
   JOBOBJECT_EXTENDED_LIMIT_INFORMATION limits = {};
   limits.BasicLimitInformation.LimitFlags = JOB_OBJECT_LIMIT_KILL_ON_JOB_CLOSE;
   if (SetInformationJobObject(created.get(), JobObjectExtendedLimitInformation, &limits,
                               sizeof(limits)) == FALSE) {
-    error = L"SetInformationJobObject failed";
-    return false;
+    return Status::failure(L"SetInformationJobObject failed");
   }
-  job = std::move(created);
-  return true;
+  job_ = std::move(created);
+  return Status::success();
 }
 
-bool TunnelManager::startChildren(const TunnelConfig& config, const HelperFiles& files,
-                                  ConnectTimer& timer, std::wstring& error) {
-  if (!startXray(config, files, timer, error) ||
-      !SpawnChild(job.get(), files.tun2socks, Tun2socksCommandLine(files.tun2socks),
-                  config.tun2socksDir, tun2socksProcess, tun2socksThread, error)) {
-    return false;
-  }
-  timer.mark(L"spawn tun2socks");
-  return true;
-}
-
-bool TunnelManager::startXray(const TunnelConfig& config, const HelperFiles& files,
-                              ConnectTimer& timer, std::wstring& error) {
+Status TunnelManager::startXray(Start& start) {
   const std::wstring commandLine =
-      QuoteArgument(files.xray) + L" run -c " + QuoteArgument(config.configPath);
-  if (!SpawnChild(job.get(), files.xray, commandLine, config.xrayDir, xrayProcess, xrayThread,
-                  error)) {
-    return false;
+      QuoteArgument(start.xrayPath) + L" run -c " + QuoteArgument(start.config.configPath);
+  if (Status spawned =
+          SpawnChild(job_.get(), start.xrayPath, commandLine, start.config.xrayDir, xray_);
+      !spawned) {
+    return spawned;
   }
-  timer.mark(L"spawn xray");
+  start.timer.mark(L"spawn xray");
   // Somebody else's listener may answer while Xray is already gone.
-  if (!WaitForLocalPort(kSocksPort, kXrayPortBudget, xrayProcess.get()) ||
-      !IsProcessRunning(xrayProcess.get())) {
-    error = L"连接核心无法启动，请换一条线路或重新登录后再试。";
-    return false;
+  if (!WaitForLocalPort(kSocksPort, kXrayPortBudget, xray_.process.get()) ||
+      !IsProcessRunning(xray_.process.get())) {
+    return Status::failure(L"连接核心无法启动，请换一条线路或重新登录后再试。");
   }
-  timer.mark(L"xray socks listening");
-  return true;
+  start.timer.mark(L"xray socks listening");
+  return Status::success();
 }
 
-bool TunnelManager::bringUpAdapter(ConnectTimer& timer, std::wstring& error) {
-  if (!WaitForTunAdapter(kAdapterName, tunAlias, kAdapterBudget)) {
-    error = L"wintun adapter not created";
-    return false;
+Status TunnelManager::startTun2socks(Start& start) {
+  Status spawned =
+      SpawnChild(job_.get(), start.tun2socksPath, Tun2socksCommandLine(start.tun2socksPath),
+                 start.config.tun2socksDir, tun2socks_);
+  if (spawned) {
+    start.timer.mark(L"spawn tun2socks");
   }
-  timer.mark(L"wintun adapter up");
-  if (!IsProcessRunning(tun2socksProcess.get())) {
-    error = L"tun2socks exited early";
-    return false;
-  }
-  std::wstring detail;
-  if (!SetInterfaceAddress(tunAlias, tunAddress, kTunPrefixLength, detail)) {
-    error = L"failed to assign TUN address: " + detail;
-    return false;
-  }
-  timer.mark(L"set tun address (api)");
-  const bool dnsSet = SetInterfaceDns(tunAlias, kTunNameServer, detail);
-  timer.mark(dnsSet ? L"set tun dns (api)" : L"set tun dns (api fail)");
-  if (!WaitForAdapterIpv4(tunAlias, kAddressBudget)) {
-    error = L"TUN adapter has no IPv4 address";
-    return false;
-  }
-  timer.mark(L"tun ipv4 ready");
-  return true;
+  return spawned;
 }
 
-bool TunnelManager::pinNode(std::wstring& error) {
-  (void)DeleteRoute(physicalAlias, serverAddress, kHostRoutePrefix, physicalGateway);
-  if (!AddRoute(physicalAlias, serverAddress, kHostRoutePrefix, physicalGateway, kHostRouteMetric,
-                error)) {
-    return false;
+Status TunnelManager::bringUpAdapter(Start& start) {
+  const std::optional<std::wstring> alias = WaitForTunAdapter(kAdapterName, kAdapterBudget);
+  if (!alias) {
+    return Status::failure(L"wintun adapter not created");
   }
-  if (std::find(pinnedRoutes.begin(), pinnedRoutes.end(), serverAddress) == pinnedRoutes.end()) {
-    pinnedRoutes.push_back(serverAddress);
+  tun_.alias = *alias;
+  start.timer.mark(L"wintun adapter up");
+  if (!IsProcessRunning(tun2socks_.process.get())) {
+    return Status::failure(L"tun2socks exited early");
   }
-  return true;
+  if (const Status set = SetInterfaceAddress(tun_.alias, tun_.address, kTunPrefixLength); !set) {
+    return Status::failure(L"failed to assign TUN address: " + set.text());
+  }
+  start.timer.mark(L"set tun address (api)");
+  const bool dnsSet = static_cast<bool>(SetInterfaceDns(tun_.alias, kTunNameServer));
+  start.timer.mark(dnsSet ? L"set tun dns (api)" : L"set tun dns (api fail)");
+  if (!WaitForAdapterIpv4(tun_.alias, kAddressBudget)) {
+    return Status::failure(L"TUN adapter has no IPv4 address");
+  }
+  start.timer.mark(L"tun ipv4 ready");
+  return Status::success();
 }
 
-bool TunnelManager::installRoutes(ConnectTimer& timer, std::wstring& error) {
-  if (!pinNode(error)) {
-    return false;
+Status TunnelManager::installRoutes(Start& start) {
+  const auto addHalf = [&](const wchar_t* half) {
+    return AddRoute(tun_.alias, half, kSplitRoutePrefix, tun_.address, kSplitRouteMetric);
+  };
+  Status added = pin(nodeAddress_).andThen([&] { return addHalf(kLowerHalf); }).andThen([&] {
+    return addHalf(kUpperHalf);
+  });
+  if (!added) {
+    return added;
   }
-  for (const wchar_t* half : {kLowerHalf, kUpperHalf}) {
-    if (!AddRoute(tunAlias, half, kSplitRoutePrefix, tunAddress, kSplitRouteMetric, error)) {
-      return false;
-    }
+  if (!RouteExists(tun_.alias, kLowerHalf, kSplitRoutePrefix) ||
+      !RouteExists(tun_.alias, kUpperHalf, kSplitRoutePrefix)) {
+    return Status::failure(L"split default routes were not installed on TUN");
   }
-  if (!RouteExists(tunAlias, kLowerHalf, kSplitRoutePrefix) ||
-      !RouteExists(tunAlias, kUpperHalf, kSplitRoutePrefix)) {
-    error = L"split default routes were not installed on TUN";
-    return false;
-  }
-  timer.mark(L"routes installed");
-  return true;
+  start.timer.mark(L"routes installed");
+  return added;
 }
 
 // Without it, traffic to IPv6 hosts would leave through the physical interface. What fails here is
 // ignored: the machine may have no IPv6 at all.
-void TunnelManager::blockIpv6(ConnectTimer& timer) {
-  if (!physicalAlias.empty()) {
-    NetshSetRouterDiscovery(physicalAlias, false);
-    NetshDeleteIpv6Route(L"::/0", physicalAlias);
-  }
-  if (!tunAlias.empty()) {
-    NetshDisableIpv6(tunAlias);
-    NetshDeleteIpv6SplitRoutes(tunAlias);
-  }
-  timer.mark(L"ipv6 leak blocked");
+void TunnelManager::blockIpv6(Start& start) {
+  NetshSetRouterDiscovery(physical_.interfaceAlias, false);
+  NetshDeleteIpv6Route(L"::/0", physical_.interfaceAlias);
+  NetshDisableIpv6(tun_.alias);
+  NetshDeleteIpv6SplitRoutes(tun_.alias);
+  start.timer.mark(L"ipv6 leak blocked");
 }
 
 }  // namespace vpn

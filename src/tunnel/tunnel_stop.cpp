@@ -1,7 +1,6 @@
 // The teardown. No step reports anything, and none keeps the next from running.
 #include "src/net/netsh.h"
 #include "src/net/routes.h"
-#include "src/tunnel/child_process.h"
 #include "src/tunnel/leftovers.h"
 #include "src/tunnel/tunnel_manager.h"
 
@@ -10,68 +9,58 @@ namespace {
 
 constexpr DWORD kChildExitWait = 200;  // milliseconds
 
-void TerminateChild(HANDLE process) {
-  if (IsProcessRunning(process)) {
-    (void)TerminateProcess(process, 0);  // the job's closing is the last word
-  }
-}
-
-void AwaitExit(HANDLE process) {
-  if (process != nullptr) {
-    (void)WaitForSingleObject(process, kChildExitWait);
-  }
-}
-
 }  // namespace
 
 TunnelManager::~TunnelManager() {
   stop();
 }
 
-bool TunnelManager::isRunning() const {
-  return IsProcessRunning(tun2socksProcess.get()) && IsProcessRunning(xrayProcess.get());
+bool TunnelManager::childrenAlive() const {
+  return IsProcessRunning(tun2socks_.process.get()) && IsProcessRunning(xray_.process.get());
 }
 
 void TunnelManager::stop() {
-  TerminateChild(tun2socksProcess.get());
-  TerminateChild(xrayProcess.get());
-  AwaitExit(tun2socksProcess.get());
-  AwaitExit(xrayProcess.get());
-  tun2socksThread.reset();
-  xrayThread.reset();
-  tun2socksProcess.reset();
-  xrayProcess.reset();
-  job.reset();
-  undoNetwork();
-  for (std::wstring* text :
-       {&tunAlias, &physicalAlias, &physicalGateway, &tunAddress, &serverAddress}) {
-    text->clear();
+  HiddenProcess* const children[] = {&tun2socks_, &xray_};
+  for (HiddenProcess* child : children) {
+    if (IsProcessRunning(child->process.get())) {
+      // A child that resists ends below at the latest, when the job is closed.
+      (void)TerminateProcess(child->process.get(), 0);
+    }
   }
+  for (HiddenProcess* child : children) {
+    if (child->process) {
+      (void)WaitForSingleObject(child->process.get(), kChildExitWait);
+    }
+  }
+  for (HiddenProcess* child : children) {
+    child->thread.reset();
+  }
+  for (HiddenProcess* child : children) {
+    child->process.reset();
+  }
+  job_.reset();
+  undoNetwork();
+  physical_ = {};
+  tun_ = {};
+  nodeAddress_.clear();
 }
 
 void TunnelManager::undoNetwork() {
-  if (!physicalAlias.empty() && !physicalGateway.empty()) {
-    for (const std::wstring& address : pinnedRoutes) {
-      (void)DeleteRoute(physicalAlias, address, kHostRoutePrefix, physicalGateway);
+  // Without a gateway no start has got as far as a pin.
+  if (!physical_.gateway.empty()) {
+    for (const std::wstring& address : pinnedRoutes_) {
+      (void)DeleteRoute(physical_.interfaceAlias, address, kHostRoutePrefix, physical_.gateway);
     }
-    if (!serverAddress.empty()) {
-      (void)DeleteRoute(physicalAlias, serverAddress, kHostRoutePrefix, physicalGateway);
-    }
+    (void)DeleteRoute(physical_.interfaceAlias, nodeAddress_, kHostRoutePrefix, physical_.gateway);
   }
-  pinnedRoutes.clear();
-  if (!running) {
+  pinnedRoutes_.clear();
+  if (!networkChanged_) {
     return;
   }
-  if (!tunAlias.empty() && !tunAddress.empty()) {
-    ClearTunIpv4(tunAlias, tunAddress);
-  }
-  if (!physicalAlias.empty()) {
-    NetshSetRouterDiscovery(physicalAlias, true);  // which brings the IPv6 default route back
-  }
-  if (!tunAlias.empty()) {
-    NetshDeleteIpv6SplitRoutes(tunAlias);
-  }
-  running = false;
+  ClearTunIpv4(tun_.alias, tun_.address);
+  NetshSetRouterDiscovery(physical_.interfaceAlias, true);  // brings the IPv6 default route back
+  NetshDeleteIpv6SplitRoutes(tun_.alias);
+  networkChanged_ = false;
 }
 
 }  // namespace vpn

@@ -1,25 +1,17 @@
 #include "src/xrayconf/xray_config.h"
 
-#include <array>
-
 #include "src/common/deployment.h"
 #include "src/common/environment.h"
 #include "src/common/files.h"
 #include "src/common/socks_port.h"
 #include "src/common/text.h"
-#include "src/common/unique_handle.h"
-#include "src/net/winsock_session.h"
+#include "src/net/host_resolve.h"
+#include "src/runtime/runtime_files.h"
+#include "src/xrayconf/xray_config_internal.h"
 #include "src/xrayconf/xray_template.h"
 
 namespace vpn {
 namespace {
-
-struct AddressInfoTraits {
-  using Type = addrinfo*;
-  static Type Empty() { return nullptr; }
-  static bool IsValid(Type value) { return value != nullptr; }
-  static void Close(Type value) { freeaddrinfo(value); }
-};
 
 std::string DirectRule(const std::string& matcher) {
   return R"(      { "type": "field", )" + matcher + R"(, "outboundTag": "direct" },)" + '\n';
@@ -48,7 +40,7 @@ std::wstring ErrorLogPath(const std::wstring& configPath) {
   const size_t separator = LastSeparator(configPath);
   const std::wstring directory =
       separator == std::wstring::npos ? L"" : configPath.substr(0, separator + 1);
-  return directory + L"xray-error.log";
+  return directory + kXrayErrorLog;
 }
 
 std::string ProxyDomains() {
@@ -68,26 +60,11 @@ std::string ToJsonUtf8(const std::wstring& text) {
 }
 
 bool IsIpLiteral(std::string_view text) {
-  return text.find(':') != std::string_view::npos || HasDottedQuadShape(text);
+  return text.find(':') != std::string_view::npos || IsIpv4Literal(text);
 }
 
-std::string ResolveFirstIpv4(const std::string& host) {
-  const WinsockSession winsock;  // without one in the process every look-up fails
-  addrinfo hints = {};
-  hints.ai_family = AF_INET;
-  hints.ai_socktype = SOCK_STREAM;
-  UniqueHandle<AddressInfoTraits> result;
-  if (getaddrinfo(host.c_str(), nullptr, &hints, result.put()) != 0 || !result) {
-    return {};
-  }
-  const auto* const address = reinterpret_cast<const sockaddr_in*>(result.get()->ai_addr);
-  std::array<char, 22> text{};
-  return inet_ntop(AF_INET, &address->sin_addr, text.data(), text.size()) == nullptr ? ""
-                                                                                     : text.data();
-}
-
-bool GenerateXrayConfig(const NodeInfo& node, const std::wstring& interfaceAlias,
-                        const std::wstring& configPath, std::wstring& error) {
+Status GenerateXrayConfig(const NodeInfo& node, const std::wstring& interfaceAlias,
+                          const std::wstring& configPath) {
   const std::string address = ToJsonUtf8(node.address);
   const std::string outboundAddress = OutboundAddress(address);
   const std::string text =
@@ -106,10 +83,9 @@ bool GenerateXrayConfig(const NodeInfo& node, const std::wstring& interfaceAlias
                                    {"proxyDomains", ProxyDomains()},
                                    {"nodeDirectRules", NodeDirectRules(address, outboundAddress)}});
   if (!WriteFileBytes(configPath, text)) {
-    error = L"cannot write generated xray config";
-    return false;
+    return Status::failure(L"cannot write generated xray config");
   }
-  return true;
+  return Status::success();
 }
 
 }  // namespace vpn

@@ -8,10 +8,10 @@
 #include <vector>
 
 #include "src/control/connect_operation.h"
-#include "src/control/session_cache.h"
+#include "src/control/account_cache.h"
 #include "src/control/tunnel_instance.h"
-#include "src/host/process_state.h"
-#include "src/panel/http_request.h"
+#include "src/panel/panel_client.h"
+#include "src/runtime/process_state.h"
 
 namespace fault {
 namespace {
@@ -26,24 +26,24 @@ void KeepBytesOf(const void* object, size_t size) {
 }  // namespace
 
 void BeginProcess() VPN_THREAD_ANNOTATION(no_thread_safety_analysis) {
-  KeepBytesOf(&vpn::Tunnel, sizeof vpn::Tunnel);
-  new (&vpn::Tunnel) vpn::TunnelManager;
-  new (&vpn::TunnelLock) vpn::Mutex;
-  vpn::InvalidateSessionCache();
-  vpn::RuntimeDir = L"C:\\run";
-  vpn::StopRequested = 0;
+  KeepBytesOf(&vpn::g_tunnel, sizeof vpn::g_tunnel);
+  new (&vpn::g_tunnel) vpn::TunnelManager;
+  new (&vpn::g_tunnelLock) vpn::Mutex;
+  vpn::InvalidateAccountCache();
+  vpn::g_runtimeDir = L"C:\\run";
+  vpn::g_stopRequested = 0;
   // A process opens its WinHTTP session once, and this program is one process for WinHTTP: without
   // this, the first life alone would make the two calls of the opening.
-  (void)vpn::SharedSession();
+  (void)vpn::SharedHttpSession();
 }
 
 void EndProcess() VPN_THREAD_ANNOTATION(no_thread_safety_analysis) {
-  vpn::Tunnel.~TunnelManager();
-  new (&vpn::Tunnel) vpn::TunnelManager;
+  vpn::g_tunnel.~TunnelManager();
+  new (&vpn::g_tunnel) vpn::TunnelManager;
 }
 
 std::wstring Connect() {
-  return vpn::ConnectOperation(L"");
+  return vpn::ConnectOperation(L"").text();
 }
 
 void Disconnect() {

@@ -77,10 +77,10 @@ std::string EscapeControlBytes(const std::string& text) {
 
 // Empty when there is no directory for the file.
 std::string Generate(sim::Machine& machine, const Input& input) {
-  std::wstring error;
-  const bool good = vpn::GenerateXrayConfig(input.node, input.alias, input.path, error);
+  const vpn::Status status = vpn::GenerateXrayConfig(input.node, input.alias, input.path);
+  const bool good = static_cast<bool>(status);
   Require(good == (input.path != kNowhere), "only a file that can't be opened is a failure");
-  Require(good == error.empty(), "a failure has a text");
+  Require(good == status.text().empty(), "a failure has a text");
   return good ? machine.files.Read(input.path).value_or("") : "";
 }
 

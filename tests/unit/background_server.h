@@ -8,7 +8,7 @@
 #include <functional>
 #include <thread>
 
-#include "src/host/process_state.h"
+#include "src/runtime/process_state.h"
 #include "tests/sim/pipe_client.h"
 
 namespace unit {
@@ -37,7 +37,7 @@ class BackgroundServer {
   // A server that a failed test has left running is stopped by force.
   ~BackgroundServer() {
     while (!done_) {
-      vpn::StopRequested = 1;
+      vpn::g_stopRequested = 1;
       (void)sim::PipeClient(machine_).TryConnect();
       std::this_thread::sleep_for(std::chrono::milliseconds(1));
     }

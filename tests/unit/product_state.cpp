@@ -2,10 +2,10 @@
 
 #include <algorithm>
 
-#include "src/control/session_cache.h"
+#include "src/control/account_cache.h"
 #include "src/control/tunnel_instance.h"
-#include "src/host/process_state.h"
-#include "src/host/run_modes.h"
+#include "src/host/run_modes_internal.h"
+#include "src/runtime/process_state.h"
 
 namespace unit {
 namespace {
@@ -30,19 +30,20 @@ bool Holds(const std::vector<Item>& items, const Item& item) {
 }  // namespace
 
 const ValuesAtStart& AtStart() {
-  static const ValuesAtStart& values = *new ValuesAtStart{
-      vpn::RuntimeDir, vpn::StopRequested, vpn::ConsoleEcho, vpn::ShutdownAllowed, vpn::OwnerPid};
+  static const ValuesAtStart& values =
+      *new ValuesAtStart{vpn::g_runtimeDir, vpn::g_stopRequested, vpn::g_consoleEcho,
+                         vpn::g_shutdownAllowed, vpn::g_ownerPid};
   return values;
 }
 
 void ResetProductState() {
   vpn::StopTunnel();
-  vpn::InvalidateSessionCache();
-  vpn::RuntimeDir = AtStart().runtimeDir;
-  vpn::StopRequested = 0;
-  vpn::ConsoleEcho = 0;
-  vpn::ShutdownAllowed = 0;
-  vpn::OwnerPid = 0;
+  vpn::InvalidateAccountCache();
+  vpn::g_runtimeDir = AtStart().runtimeDir;
+  vpn::g_stopRequested = 0;
+  vpn::g_consoleEcho = 0;
+  vpn::g_shutdownAllowed = 0;
+  vpn::g_ownerPid = 0;
   const std::shared_ptr<sim::Machine> machine = sim::Machine::Current();
   ForgetServiceHandle(*machine);
   machine->calls.Clear();

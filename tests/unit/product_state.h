@@ -24,7 +24,7 @@ struct ValuesAtStart {
 };
 const ValuesAtStart& AtStart();
 
-// Flags clear, no owner, `RuntimeDir` at its built-in value, no cached account, no tunnel, no
+// Flags clear, no owner, `g_runtimeDir` at its built-in value, no cached account, no tunnel, no
 // service handle. Needs an installed machine: the handles of a tunnel are closed on it.
 void ResetProductState();
 

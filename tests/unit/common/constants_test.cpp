@@ -15,7 +15,7 @@ namespace {
 
 TEST(Deployment, DefaultNodeAddressIsAnIpv4Literal) {
   EXPECT_STREQ(kDefaultNodeAddress, L"203.0.113.10");
-  EXPECT_TRUE(HasDottedQuadShape(std::wstring_view(kDefaultNodeAddress)));
+  EXPECT_TRUE(IsIpv4Literal(kDefaultNodeAddress));
 }
 
 TEST(Deployment, SevenDomainsStayOnTheProxy) {

@@ -191,13 +191,13 @@ TEST(HasDottedQuadShape, WantsDigitsAndExactlyThreeDots) {
     SCOPED_TRACE(row.text);
     const std::string narrow = row.text;
     const std::wstring wide(narrow.begin(), narrow.end());
-    EXPECT_EQ(HasDottedQuadShape(std::string_view(narrow)), row.shaped);
-    EXPECT_EQ(HasDottedQuadShape(std::wstring_view(wide)), row.shaped);
+    EXPECT_EQ(IsIpv4Literal(std::string_view(narrow)), row.shaped);
+    EXPECT_EQ(IsIpv4Literal(std::wstring_view(wide)), row.shaped);
   }
 }
 
 TEST(HasDottedQuadShape, TakesNoDigitsOfOtherScripts) {
-  EXPECT_FALSE(HasDottedQuadShape(std::wstring_view(L"１.2.3.4")));
+  EXPECT_FALSE(IsIpv4Literal(std::wstring_view(L"１.2.3.4")));
 }
 
 }  // namespace

@@ -13,9 +13,9 @@ std::vector<int> closed;
 
 struct NumberTraits {
   using Type = int;
-  static Type Empty() { return 0; }
-  static bool IsValid(Type value) { return value > 0; }
-  static void Close(Type value) { closed.push_back(value); }
+  static Type empty() { return 0; }
+  static bool isValid(Type value) { return value > 0; }
+  static void close(Type value) { closed.push_back(value); }
 };
 using Number = UniqueHandle<NumberTraits>;
 

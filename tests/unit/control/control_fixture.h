@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "src/host/process_state.h"
+#include "src/runtime/process_state.h"
 #include "tests/unit/product_state.h"
 #include "tests/unit/runtime_files.h"
 

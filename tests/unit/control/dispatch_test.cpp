@@ -1,6 +1,6 @@
 #include "src/control/dispatch.h"
 
-#include "src/control/session_cache.h"
+#include "src/control/account_cache.h"
 #include "tests/sim/pipe_client.h"
 #include "tests/unit/control/control_fixture.h"
 
@@ -83,7 +83,7 @@ TEST_F(Dispatch, NodeThatIsNotValidUtf8IsWhatThePlatformMakesOfIt) {
   EXPECT_EQ(Handle("{\"op\":\"connect\",\"node\":\"Tok\xFFyo\"}"), kOkRunning);
   EXPECT_EQ(Fetches(), 2);  // it matched nothing
   machine.files.Put(L"C:\\run\\account.json", unit::AccountJson("Tok\xEF\xBF\xBDyo"));
-  InvalidateSessionCache();
+  InvalidateAccountCache();
   EXPECT_EQ(Handle("{\"op\":\"connect\",\"node\":\"Tok\xFFyo\"}"), kOkRunning);
   EXPECT_EQ(Fetches(), 3);  // the replacement character is in both
 }
@@ -139,7 +139,7 @@ TEST_F(Dispatch, DisconnectTakesTheTunnelDownBeforeItAnswers) {
   EXPECT_EQ(Connect(), kOkRunning);
   EXPECT_EQ(Handle(R"({"op":"disconnect"})"), kOkIdle);
   EXPECT_EQ(Alive(), std::vector<std::string>());
-  EXPECT_EQ(StopRequested, 0);
+  EXPECT_EQ(g_stopRequested, 0);
 }
 
 TEST_F(Dispatch, DisconnectKeepsTheCachedAccount) {
@@ -153,23 +153,23 @@ TEST_F(Dispatch, ShutdownThatIsNotAllowedIsADisconnect) {
   EXPECT_EQ(Connect(), kOkRunning);
   EXPECT_EQ(Handle(R"({"op":"shutdown"})"), kOkIdle);
   EXPECT_EQ(Alive(), std::vector<std::string>());
-  EXPECT_EQ(StopRequested, 0);
+  EXPECT_EQ(g_stopRequested, 0);
 }
 
 TEST_F(Dispatch, ShutdownThatIsAllowedStopsTheTunnelFirstAndThenAsksForTheEnd) {
   EXPECT_EQ(Connect(), kOkRunning);
-  ShutdownAllowed = 1;
+  g_shutdownAllowed = 1;
   int atTermination = -1;
   int atReply = -1;
-  machine.faults.Before("TerminateProcess", 1, [&] { atTermination = StopRequested; });
-  machine.faults.Before("WriteFile", 1, [&] { atReply = StopRequested; });
+  machine.faults.Before("TerminateProcess", 1, [&] { atTermination = g_stopRequested; });
+  machine.faults.Before("WriteFile", 1, [&] { atReply = g_stopRequested; });
   EXPECT_EQ(Handle(R"({"op":"shutdown"})"), kOkIdle);
   EXPECT_EQ(atTermination, 0);
   EXPECT_EQ(atReply, 1);
 }
 
 TEST_F(Dispatch, ShutdownMakesNoConnectionToThePipe) {
-  ShutdownAllowed = 1;
+  g_shutdownAllowed = 1;
   EXPECT_EQ(Handle(R"({"op":"shutdown"})"), kOkIdle);
   EXPECT_EQ(machine.calls.Count("CreateFileW"), 0u);
 }

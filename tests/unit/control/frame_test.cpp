@@ -1,5 +1,7 @@
 #include "src/control/frame.h"
 
+#include "src/control/frame_internal.h"
+
 #include "tests/unit/control/frame_fixture.h"
 
 namespace vpn {

@@ -1,5 +1,6 @@
 // The writing half of frame.h.
 #include "src/control/frame.h"
+#include "src/control/frame_internal.h"
 
 #include "tests/unit/control/frame_fixture.h"
 

@@ -13,7 +13,7 @@ using unit::kStatus;
 using unit::PipeServer;
 
 TEST_F(PipeServer, StopBeforeTheStartCreatesNoInstanceButWarmsUp) {
-  StopRequested = 1;
+  g_stopRequested = 1;
   ServeControlPipe();
   EXPECT_EQ(machine.pipes.Created().size(), 0u);
   EXPECT_EQ(machine.calls.Count("CreateThread"), 1u);
@@ -73,7 +73,7 @@ TEST_F(PipeServer, StopBetweenTwoInstancesIsNotMissed) {
 }
 
 TEST_F(PipeServer, AllowedShutdownIsAnsweredAndEndsTheServerWithoutAnyConnection) {
-  ShutdownAllowed = 1;
+  g_shutdownAllowed = 1;
   unit::BackgroundServer server(machine, Serve);
   EXPECT_EQ(Exchange(R"({"op":"shutdown"})"), kOkIdle);
   EXPECT_TRUE(server.Ends());

@@ -66,7 +66,7 @@ TEST_F(PipeServer, MissingRuntimeDirectoryIsNoHindrance) {
 TEST_F(PipeServer, WarmUpFillsTheCacheAheadOfTheFirstConnect) {
   ServeUntilFirstWait();
   EXPECT_EQ(machine.WaitForThreads(), 0u);
-  StopRequested = 0;
+  g_stopRequested = 0;
   unit::BackgroundServer server(machine, Serve);
   EXPECT_EQ(Exchange(kConnect), kOkRunning);
   EXPECT_EQ(Fetches(), 1);
@@ -78,7 +78,7 @@ TEST_F(PipeServer, WarmUpHasItsOwnCopyOfTheDirectory) {
   machine.faults.Before("_wfsopen", 1,
                         [&] { EXPECT_TRUE(unit::Eventually([&] { return changed.load(); })); });
   machine.faults.Before("CreateNamedPipeW", 1, [&] {
-    RuntimeDir = L"C:\\changed";
+    g_runtimeDir = L"C:\\changed";
     changed = true;
   });
   ServeUntilFirstWait();

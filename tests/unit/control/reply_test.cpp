@@ -1,5 +1,7 @@
 #include "src/control/reply.h"
 
+#include "src/common/text.h"
+
 #include "tests/sim/fixture.h"
 
 namespace vpn {
@@ -57,13 +59,13 @@ TEST_F(Reply, UnpairedSurrogateBecomesAReplacementCharacter) {
             "{\"ok\":false,\"running\":true,\"error\":\"\xEF\xBF\xBD\"}");
 }
 
-TEST(EscapeReplyText, EscapesQuotesAndBackslashesAndNothingElse) {
-  EXPECT_EQ(EscapeReplyText(""), "");
-  EXPECT_EQ(EscapeReplyText(R"(")"), R"(\")");
-  EXPECT_EQ(EscapeReplyText(R"(\)"), R"(\\)");
-  EXPECT_EQ(EscapeReplyText(R"(\")"), R"(\\\")");
-  EXPECT_EQ(EscapeReplyText("/\b\f\n\r\t\x1F\x7F'"), "/\b\f\n\r\t\x1F\x7F'");
-  EXPECT_EQ(EscapeReplyText("中\xFF"), "中\xFF");
+TEST(ReplyText, EscapesQuotesAndBackslashesAndNothingElse) {
+  EXPECT_EQ(EscapeQuotes(""), "");
+  EXPECT_EQ(EscapeQuotes(R"(")"), R"(\")");
+  EXPECT_EQ(EscapeQuotes(R"(\)"), R"(\\)");
+  EXPECT_EQ(EscapeQuotes(R"(\")"), R"(\\\")");
+  EXPECT_EQ(EscapeQuotes("/\b\f\n\r\t\x1F\x7F'"), "/\b\f\n\r\t\x1F\x7F'");
+  EXPECT_EQ(EscapeQuotes("中\xFF"), "中\xFF");
 }
 
 }  // namespace

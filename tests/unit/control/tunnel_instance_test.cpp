@@ -18,7 +18,7 @@ TEST_F(StopTunnelTest, IdleTunnelCostsNoPlatformCall) {
 }
 
 TEST_F(StopTunnelTest, RunningTunnelIsTakenDown) {
-  EXPECT_EQ(ConnectOperation(L""), L"");
+  EXPECT_EQ(ConnectOperation(L"").text(), L"");
   StopTunnel();
   EXPECT_EQ(Alive(), std::vector<std::string>());
   EXPECT_FALSE(HasRoute("198.51.100.7", 32));
@@ -28,7 +28,7 @@ TEST_F(StopTunnelTest, WaitsForTheLock) {
   std::atomic<bool> stopped{false};
   std::thread stopper;
   {
-    const MutexLock lock(TunnelLock);
+    const MutexLock lock(g_tunnelLock);
     stopper = std::thread([&] {
       StopTunnel();
       stopped = true;

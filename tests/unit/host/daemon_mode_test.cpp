@@ -1,7 +1,7 @@
 // The hidden half of run_modes.h.
 #include "src/host/run_modes.h"
 
-#include "src/host/wake.h"
+#include "src/control/wake.h"
 #include "tests/unit/host/run_mode_fixture.h"
 
 namespace vpn {
@@ -17,7 +17,7 @@ class DaemonMode : public unit::RunModeTest {
   static constexpr std::uint32_t kOwner = 777;
   void SeedOwner() {
     machine.processes.Seed(L"C:\\ui\\TavrinUi.exe", kOwner);
-    OwnerPid = kOwner;
+    g_ownerPid = kOwner;
   }
   void EndOwner() {
     // One that ends before the watch has opened it would be none.
@@ -27,12 +27,12 @@ class DaemonMode : public unit::RunModeTest {
 };
 
 TEST_F(DaemonMode, FirstAndLastLineAreLoggedAndNothingIsEchoed) {
-  ConsoleEcho = 1;
+  g_consoleEcho = 1;
   AtFirstWait([] { WakeControlPipe(); });
   EXPECT_EQ(DaemonMain(), 0);
   EXPECT_EQ(Log(), "daemon mode. runtime=C:\\run\ndaemon stopped\n");
   EXPECT_EQ(machine.console.Output(), "");
-  EXPECT_EQ(ConsoleEcho, 0);
+  EXPECT_EQ(g_consoleEcho, 0);
 }
 
 TEST_F(DaemonMode, ConsoleIsGivenUpBeforeTheFirstLine) {
@@ -54,12 +54,12 @@ TEST_F(DaemonMode, WithoutAConsoleItRunsAllTheSame) {
 }
 
 TEST_F(DaemonMode, FlagsOfEarlierValuesAreSetAnew) {
-  StopRequested = 1;
+  g_stopRequested = 1;
   int stop = -1;
   int shutdown = -1;
   AtFirstWait([&] {
-    stop = StopRequested;
-    shutdown = ShutdownAllowed;
+    stop = g_stopRequested;
+    shutdown = g_shutdownAllowed;
     WakeControlPipe();
   });
   EXPECT_EQ(DaemonMain(), 0);
@@ -133,7 +133,7 @@ TEST_F(DaemonMode, TunnelIsDownBeforeTheLastLineIsLogged) {
 }
 
 TEST_F(DaemonMode, OwnerThatIsGoneLeavesTheDaemonUpUntilShutdown) {
-  OwnerPid = kOwner;
+  g_ownerPid = kOwner;
   unit::BackgroundServer server(machine, DaemonMain);
   EXPECT_EQ(Exchange(R"({"op":"status"})"), kOkIdle);
   EXPECT_FALSE(server.IsDone());
@@ -161,7 +161,7 @@ TEST_F(DaemonMode, OwnerThatEndsDuringARequestIsNoticedWhenItIsAnswered) {
   SeedOwner();
   machine.faults.Before("CreateJobObjectW", 1, [&] {
     EndOwner();
-    EXPECT_TRUE(unit::Eventually([] { return StopRequested != 0; }));
+    EXPECT_TRUE(unit::Eventually([] { return g_stopRequested != 0; }));
   });
   unit::BackgroundServer server(machine, DaemonMain);
   EXPECT_EQ(Exchange(kConnect), kOkRunning);

@@ -1,7 +1,7 @@
 #include "src/host/entry_point.h"
 
-#include "src/host/process_state.h"
-#include "src/host/wake.h"
+#include "src/control/wake.h"
+#include "src/runtime/process_state.h"
 #include "tests/unit/product_state.h"
 
 namespace vpn {
@@ -54,7 +54,7 @@ TEST_F(EntryPoint, CodePageOfTheConsoleIsSetFirstOfAll) {
 
 TEST_F(EntryPoint, StartedByHandWithoutArgumentsDiscoversAndFallsBackToTheConsole) {
   EXPECT_EQ(Run({}), 0);
-  EXPECT_EQ(RuntimeDir, L"C:\\found");
+  EXPECT_EQ(g_runtimeDir, L"C:\\found");
   EXPECT_EQ(machine.calls.Count("StartServiceCtrlDispatcherW"), 1u);
   EXPECT_EQ(Mode(L"C:\\found"), kConsole);
   EXPECT_EQ(machine.console.CodePages(), (std::vector<std::uint32_t>{65001, 65001}));
@@ -159,49 +159,49 @@ TEST_F(EntryPoint, UninstallBeatsTheModes) {
 
 TEST_F(EntryPoint, RuntimeOptionSkipsTheDiscoveryAndIsNotTested) {
   EXPECT_EQ(Run({L"--runtime", L"C:\\other\\", L"--uninstall"}), 0);
-  EXPECT_EQ(RuntimeDir, L"C:\\other\\");
+  EXPECT_EQ(g_runtimeDir, L"C:\\other\\");
   EXPECT_FALSE(DiscoveryRan());
   EXPECT_EQ(machine.calls.Count("GetFileAttributesW"), 0u);
 }
 
 TEST_F(EntryPoint, RuntimeAsTheLastArgumentIsIgnoredAndTheDiscoveryRuns) {
   EXPECT_EQ(Run({L"--uninstall", L"--runtime"}), 0);
-  EXPECT_EQ(RuntimeDir, L"C:\\found");
+  EXPECT_EQ(g_runtimeDir, L"C:\\found");
   EXPECT_TRUE(DiscoveryRan());
 }
 
 TEST_F(EntryPoint, EmptyRuntimeKeepsTheBuiltInDirectoryWithoutADiscovery) {
   EXPECT_EQ(Run({L"--runtime", L"", L"--uninstall"}), 0);
-  EXPECT_EQ(RuntimeDir, L"D:\\VPN\\tools\\phase-b\\local");
+  EXPECT_EQ(g_runtimeDir, L"D:\\VPN\\tools\\phase-b\\local");
   EXPECT_FALSE(DiscoveryRan());
 }
 
 TEST_F(EntryPoint, RuntimeTakesAnOptionAsItsValue) {
   EXPECT_EQ(Run({L"--runtime", L"--install", L"--uninstall"}), 0);
-  EXPECT_EQ(RuntimeDir, L"--install");
+  EXPECT_EQ(g_runtimeDir, L"--install");
   EXPECT_FALSE(machine.services.Find("TavrinService").has_value());
 }
 
 TEST_F(EntryPoint, LastRuntimeWins) {
   EXPECT_EQ(Run({L"--runtime", L"C:\\run", L"--uninstall", L"--runtime", L"C:\\other"}), 0);
-  EXPECT_EQ(RuntimeDir, L"C:\\other");
+  EXPECT_EQ(g_runtimeDir, L"C:\\other");
 }
 
 TEST_F(EntryPoint, OwnerPidIsStored) {
   EXPECT_EQ(Run({L"--owner-pid", L"4321", L"--uninstall"}), 0);
-  EXPECT_EQ(OwnerPid, 4321u);
+  EXPECT_EQ(g_ownerPid, 4321u);
 }
 
 TEST_F(EntryPoint, OwnerPidThatIsNoNumberStartsNoWatch) {
   EXPECT_EQ(Run({L"--daemon", L"--owner-pid", L"abc"}), 0);
-  EXPECT_EQ(OwnerPid, 0u);
+  EXPECT_EQ(g_ownerPid, 0u);
   EXPECT_EQ(machine.calls.Count("OpenProcess"), 0u);
   EXPECT_EQ(machine.calls.Count("CreateThread"), 1u);  // the warm-up
 }
 
 TEST_F(EntryPoint, OwnerPidInConsoleModeIsStoredAndNeverUsed) {
   EXPECT_EQ(Run({L"--console", L"--owner-pid", L"123"}), 0);
-  EXPECT_EQ(OwnerPid, 123u);
+  EXPECT_EQ(g_ownerPid, 123u);
   EXPECT_EQ(machine.calls.Count("OpenProcess"), 0u);
 }
 

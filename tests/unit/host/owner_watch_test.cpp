@@ -1,6 +1,6 @@
 #include "src/host/owner_watch.h"
 
-#include "src/host/process_state.h"
+#include "src/runtime/process_state.h"
 #include "tests/unit/product_state.h"
 
 namespace vpn {
@@ -21,13 +21,13 @@ class OwnerWatchTest : public unit::ProductTest {
 TEST_F(OwnerWatchTest, WithoutAnOwnerNothingHappens) {
   EXPECT_EQ(OwnerWatch(nullptr), 0u);
   EXPECT_EQ(machine.calls.Names(), std::vector<std::string>());
-  EXPECT_EQ(StopRequested, 0);
+  EXPECT_EQ(g_stopRequested, 0);
 }
 
 TEST_F(OwnerWatchTest, OwnerIsOpenedForWaitingAloneAndWaitedForWithoutLimit) {
   SeedOwner();
   machine.processes.ExitAfter(kOwner, 5000, 0);
-  OwnerPid = kOwner;
+  g_ownerPid = kOwner;
   EXPECT_EQ(OwnerWatch(nullptr), 0u);
   EXPECT_EQ(
       machine.calls.Sequence(
@@ -41,29 +41,29 @@ TEST_F(OwnerWatchTest, OwnerIsOpenedForWaitingAloneAndWaitedForWithoutLimit) {
 TEST_F(OwnerWatchTest, EndOfTheOwnerIsLoggedAndStopsTheProcess) {
   SeedOwner();
   machine.processes.ExitAfter(kOwner, 3600000, 1);
-  OwnerPid = kOwner;
+  g_ownerPid = kOwner;
   const std::uint64_t start = machine.clock.Now();
   EXPECT_EQ(OwnerWatch(nullptr), 0u);
   EXPECT_EQ(machine.clock.Now() - start, 3600000u);
   EXPECT_EQ(Log(), "ui process exited; stopping helper\n");
-  EXPECT_EQ(StopRequested, 1);
+  EXPECT_EQ(g_stopRequested, 1);
 }
 
 TEST_F(OwnerWatchTest, LineIsLoggedBeforeTheStopIsRequested) {
   SeedOwner();
   machine.processes.ExitAfter(kOwner, 1, 0);
-  OwnerPid = kOwner;
+  g_ownerPid = kOwner;
   int seen = -1;
-  machine.faults.Before("_wfsopen", 1, [&] { seen = StopRequested; });
+  machine.faults.Before("_wfsopen", 1, [&] { seen = g_stopRequested; });
   (void)OwnerWatch(nullptr);
   EXPECT_EQ(seen, 0);
 }
 
 TEST_F(OwnerWatchTest, OwnerThatIsGoneAlreadyIsLoggedAndTheProcessStays) {
-  OwnerPid = kOwner;
+  g_ownerPid = kOwner;
   EXPECT_EQ(OwnerWatch(nullptr), 0u);
   EXPECT_EQ(Log(), "owner pid open failed err=87\n");
-  EXPECT_EQ(StopRequested, 0);
+  EXPECT_EQ(g_stopRequested, 0);
   EXPECT_EQ(machine.calls.Count("OpenProcess"), 1u);  // no second try
   EXPECT_EQ(machine.calls.Count("WaitForSingleObject"), 0u);
 }
@@ -72,15 +72,15 @@ TEST_F(OwnerWatchTest, OwnerThatRefusesToBeOpenedIsLoggedWithItsCode) {
   AllowChildren();
   SeedOwner();
   machine.processes.Find(kOwner)->openError = 5;
-  OwnerPid = kOwner;
+  g_ownerPid = kOwner;
   EXPECT_EQ(OwnerWatch(nullptr), 0u);
   EXPECT_EQ(Log(), "owner pid open failed err=5\n");
-  EXPECT_EQ(StopRequested, 0);
+  EXPECT_EQ(g_stopRequested, 0);
 }
 
 TEST_F(OwnerWatchTest, CodeIsLoggedAsAnUnsignedNumber) {
   machine.faults.Fail("OpenProcess", {.code = 0xC0000022});
-  OwnerPid = kOwner;
+  g_ownerPid = kOwner;
   EXPECT_EQ(OwnerWatch(nullptr), 0u);
   EXPECT_EQ(Log(), "owner pid open failed err=3221225506\n");
 }
@@ -89,14 +89,14 @@ TEST_F(OwnerWatchTest, ResultOfTheWaitIsNotLookedAt) {
   AllowChildren();
   SeedOwner();
   machine.faults.Fail("WaitForSingleObject");
-  OwnerPid = kOwner;
+  g_ownerPid = kOwner;
   EXPECT_EQ(OwnerWatch(nullptr), 0u);
   EXPECT_EQ(Log(), "ui process exited; stopping helper\n");
-  EXPECT_EQ(StopRequested, 1);
+  EXPECT_EQ(g_stopRequested, 1);
 }
 
 TEST_F(OwnerWatchTest, ProcessIdOfTheHighestValueIsPassedOnWhole) {
-  OwnerPid = 4294967295;
+  g_ownerPid = 4294967295;
   EXPECT_EQ(OwnerWatch(nullptr), 0u);
   EXPECT_EQ(machine.calls.TextsOf("OpenProcess"),
             std::vector<std::string>{"0x100000, own, 4294967295"});

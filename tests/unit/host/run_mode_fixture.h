@@ -5,7 +5,7 @@
 #include <functional>
 #include <string>
 
-#include "src/host/process_state.h"
+#include "src/runtime/process_state.h"
 #include "tests/unit/background_server.h"
 #include "tests/unit/product_state.h"
 #include "tests/unit/runtime_files.h"

@@ -1,6 +1,7 @@
 #include "src/host/run_modes.h"
 
 #include "tests/unit/host/run_mode_fixture.h"
+#include "src/host/run_modes_internal.h"
 
 namespace vpn {
 namespace {
@@ -35,14 +36,14 @@ TEST_F(ConsoleMode, ConsoleIsPreparedBeforeTheServerStarts) {
 }
 
 TEST_F(ConsoleMode, FlagsOfEarlierValuesAreSetAnew) {
-  StopRequested = 1;  // a stale request must not end the server
+  g_stopRequested = 1;  // a stale request must not end the server
   int stop = -1;
   int echo = -1;
   int shutdown = -1;
   AtFirstWait([&] {
-    stop = StopRequested;
-    echo = ConsoleEcho;
-    shutdown = ShutdownAllowed;
+    stop = g_stopRequested;
+    echo = g_consoleEcho;
+    shutdown = g_shutdownAllowed;
     machine.console.Send(CTRL_C_EVENT);
   });
   EXPECT_EQ(ConsoleMain(), 0);
@@ -68,15 +69,15 @@ TEST_F(ConsoleMode, OtherEventsAreLeftToTheNextHandler) {
   for (const DWORD event : {CTRL_LOGOFF_EVENT, CTRL_SHUTDOWN_EVENT, 3u, 0xFFFFFFFFu}) {
     EXPECT_EQ(ConsoleControlHandler(event), FALSE) << event;
   }
-  EXPECT_EQ(StopRequested, 0);
+  EXPECT_EQ(g_stopRequested, 0);
   EXPECT_EQ(machine.calls.Count("CreateFileW"), 0u);
 }
 
 TEST_F(ConsoleMode, HandledEventGivesOneAndWakesThePipe) {
   for (const DWORD event : {0u, 1u, 2u}) {
-    StopRequested = 0;
+    g_stopRequested = 0;
     EXPECT_EQ(ConsoleControlHandler(event), 1) << event;
-    EXPECT_EQ(StopRequested, 1) << event;
+    EXPECT_EQ(g_stopRequested, 1) << event;
   }
   EXPECT_EQ(machine.calls.Count("CreateFileW"), 3u);
 }
@@ -98,7 +99,7 @@ TEST_F(ConsoleMode, ControlHandlerThatCannotBeSetLeavesShutdownWorking) {
 }
 
 TEST_F(ConsoleMode, OwnerIsNeverLookedAt) {
-  OwnerPid = 123;
+  g_ownerPid = 123;
   AtFirstWait([&] { machine.console.Send(CTRL_C_EVENT); });
   EXPECT_EQ(ConsoleMain(), 0);
   EXPECT_EQ(machine.calls.Count("OpenProcess"), 0u);

@@ -8,8 +8,8 @@
 #include <string>
 #include <vector>
 
-#include "src/host/console_text.h"
-#include "src/host/process_state.h"
+#include "src/runtime/console_text.h"
+#include "src/runtime/process_state.h"
 #include "tests/unit/product_state.h"
 
 namespace unit {

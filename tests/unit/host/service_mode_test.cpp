@@ -1,9 +1,10 @@
 // The service half of run_modes.h.
-#include "src/host/process_state.h"
 #include "src/host/run_modes.h"
+#include "src/runtime/process_state.h"
 #include "tests/unit/background_server.h"
 #include "tests/unit/product_state.h"
 #include "tests/unit/runtime_files.h"
+#include "src/host/run_modes_internal.h"
 
 namespace vpn {
 namespace {
@@ -98,14 +99,14 @@ TEST_F(ServiceMode, LogLinesStandBetweenTheReports) {
 }
 
 TEST_F(ServiceMode, StaleStopRequestIsClearedAndTheOtherFlagsStayClear) {
-  StopRequested = 1;
+  g_stopRequested = 1;
   int stop = -1;
-  machine.faults.Before("CreateNamedPipeW", 1, [&] { stop = StopRequested; });
+  machine.faults.Before("CreateNamedPipeW", 1, [&] { stop = g_stopRequested; });
   SendAtFirstWait(SERVICE_CONTROL_STOP);
   EXPECT_EQ(RunUnderServiceManager(), 0);
   EXPECT_EQ(stop, 0);
-  EXPECT_EQ(ConsoleEcho, 0);
-  EXPECT_EQ(ShutdownAllowed, 0);
+  EXPECT_EQ(g_consoleEcho, 0);
+  EXPECT_EQ(g_shutdownAllowed, 0);
 }
 
 TEST_F(ServiceMode, OtherControlsDoNothingAndGiveZero) {
@@ -114,7 +115,7 @@ TEST_F(ServiceMode, OtherControlsDoNothingAndGiveZero) {
   for (const DWORD control : {2u, 3u, 4u, 6u, 128u}) {
     EXPECT_EQ(machine.services.Send(control), 0u) << control;
   }
-  EXPECT_EQ(StopRequested, 0);
+  EXPECT_EQ(g_stopRequested, 0);
   EXPECT_EQ(Reported(), (std::vector<std::string>{kStartPending, kRunning}));
   EXPECT_EQ(machine.services.Send(SERVICE_CONTROL_STOP), 0u);
   EXPECT_TRUE(server.Ends());
@@ -184,7 +185,7 @@ TEST_F(ServiceMode, RefusedReportsHinderNothing) {
 TEST_F(ServiceMode, HandlerWithoutAStatusHandleReportsNothingButStops) {
   EXPECT_EQ(ServiceControlHandler(SERVICE_CONTROL_STOP, 0, nullptr, nullptr), 0u);
   EXPECT_EQ(machine.calls.Count("SetServiceStatus"), 0u);
-  EXPECT_EQ(StopRequested, 1);
+  EXPECT_EQ(g_stopRequested, 1);
   EXPECT_EQ(machine.calls.Count("CreateFileW"), 1u);
 }
 
@@ -200,7 +201,7 @@ TEST_F(ServiceMode, StopPendingIsReportedBeforeThePipeIsWoken) {
 }
 
 TEST_F(ServiceMode, OwnerIsNeverLookedAt) {
-  OwnerPid = 123;
+  g_ownerPid = 123;
   SendAtFirstWait(SERVICE_CONTROL_STOP);
   (void)RunUnderServiceManager();
   EXPECT_EQ(machine.calls.Count("OpenProcess"), 0u);

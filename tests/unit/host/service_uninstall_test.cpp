@@ -2,6 +2,7 @@
 #include "src/host/service_install.h"
 
 #include "tests/unit/host/service_install_fixture.h"
+#include "src/host/service_install_internal.h"
 
 namespace vpn {
 namespace {

@@ -1,6 +1,9 @@
 #include "src/net/command.h"
 
 #include "tests/unit/net/net_fixture.h"
+#include "tests/unit/status.h"
+#include "src/net/command_internal.h"
+#include "src/common/hidden_process.h"
 
 namespace unit {
 namespace {
@@ -15,7 +18,7 @@ class Commands : public ProductTest {
 
   bool Run(const wchar_t* line, DWORD budget = 2500) {
     const std::uint64_t before = machine.clock.Now();
-    const bool result = vpn::RunCommand(line, error, budget);
+    const bool result = Succeeds(vpn::RunCommand(line, budget), error);
     took = machine.clock.Now() - before;
     return result;
   }
@@ -161,10 +164,8 @@ TEST_F(Commands, TheQuietRunnerTakesEveryOutcomeInSilence) {
 TEST_F(Commands, AHiddenProcessOwnsBothItsHandlesAndClosesTheThreadFirst) {
   {
     vpn::HiddenProcess child;
-    DWORD code = 77;
-    EXPECT_TRUE(child.create(L"C:\\Windows\\System32\\tool.exe", L"tool x", 0x08000004,
-                             L"C:\\Windows", code));
-    EXPECT_EQ(code, 77u);
+    EXPECT_TRUE(
+        child.create(L"C:\\Windows\\System32\\tool.exe", L"tool x", 0x08000004, L"C:\\Windows"));
     EXPECT_EQ(machine.calls.TextsOf("CreateProcessW"),
               Texts{"\"C:\\Windows\\System32\\tool.exe\", \"tool x\", own, 0x8000004, "
                     "\"C:\\Windows\", 1, 0"});
@@ -178,9 +179,8 @@ TEST_F(Commands, AHiddenProcessOwnsBothItsHandlesAndClosesTheThreadFirst) {
 
 TEST_F(Commands, AHiddenProcessThatCantStartHoldsNothing) {
   vpn::HiddenProcess child;
-  DWORD code = 0;
-  EXPECT_FALSE(child.create(L"C:\\nowhere.exe", L"x", 0, nullptr, code));
-  EXPECT_EQ(code, 2u);
+  EXPECT_FALSE(child.create(L"C:\\nowhere.exe", L"x", 0, nullptr));
+  EXPECT_EQ(GetLastError(), 2u);
   EXPECT_FALSE(child.process);
   EXPECT_FALSE(child.thread);
 }

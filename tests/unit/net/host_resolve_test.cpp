@@ -1,6 +1,6 @@
 #include "src/net/host_resolve.h"
 
-#include "src/net/winsock_session.h"
+#include "src/net/winsock_scope.h"
 
 #include "tests/unit/net/net_fixture.h"
 
@@ -58,7 +58,7 @@ TEST_F(HostResolve, WhereWinsockDoesNotStartTheLookUpIsTriedAllTheSameAndNothing
 
 TEST_F(HostResolve, WhereWinsockIsOpenAlreadyAFailedStartDoesNotMatter) {
   machine.names.Set("panel.example", std::vector<std::string>{"10.0.0.1"});
-  const vpn::WinsockSession open;
+  const vpn::WinsockScope open;
   ASSERT_TRUE(open.isOpen());
   machine.faults.Fail("WSAStartup");
   EXPECT_EQ(vpn::ResolveHostIpv4(L"panel.example"), WideTexts{L"10.0.0.1"});

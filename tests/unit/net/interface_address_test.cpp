@@ -1,6 +1,8 @@
 #include "src/net/interface_address.h"
 
 #include "tests/unit/net/net_fixture.h"
+#include "tests/unit/status.h"
+#include "src/net/interface_address_internal.h"
 
 namespace unit {
 namespace {
@@ -14,7 +16,7 @@ class InterfaceAddresses : public NetTest {
 
   netmodel::Adapter& Tun() { return *machine.network.FindByAlias("tavrin"); }
   bool Set(const wchar_t* address, std::uint8_t prefixLength = 24) {
-    return vpn::SetInterfaceAddress(L"tavrin", address, prefixLength, error);
+    return Succeeds(vpn::SetInterfaceAddress(L"tavrin", address, prefixLength), error);
   }
 
   std::wstring error = L"as before";
@@ -25,7 +27,7 @@ class InterfaceAddresses : public NetTest {
 TEST_F(InterfaceAddresses, BothIdsOfAnAliasAreFound) {
   NET_LUID luid = {};
   GUID guid = {};
-  ASSERT_TRUE(vpn::LookupInterfaceIds(kEthernet, luid, guid, error));
+  ASSERT_TRUE(Succeeds(vpn::LookupInterfaceIds(kEthernet, luid, guid), error));
   EXPECT_EQ(luid.Value, Ethernet().luid);
   EXPECT_EQ(guid.Data1, 12u);
   EXPECT_EQ(guid.Data4[7], 0x4E);
@@ -35,7 +37,7 @@ TEST_F(InterfaceAddresses, BothIdsOfAnAliasAreFound) {
 TEST_F(InterfaceAddresses, AnAliasWithoutALuidIsUnknown) {
   NET_LUID luid = {};
   GUID guid = {};
-  EXPECT_FALSE(vpn::LookupInterfaceIds(L"no such", luid, guid, error));
+  EXPECT_FALSE(Succeeds(vpn::LookupInterfaceIds(L"no such", luid, guid), error));
   EXPECT_EQ(error, L"unknown interface no such");
   EXPECT_EQ(machine.calls.Count("ConvertInterfaceLuidToGuid"), 0u);
 }
@@ -44,7 +46,7 @@ TEST_F(InterfaceAddresses, AnAliasWithoutAGuidFailsByItsOwnText) {
   NET_LUID luid = {};
   GUID guid = {};
   machine.faults.Fail("ConvertInterfaceLuidToGuid");
-  EXPECT_FALSE(vpn::LookupInterfaceIds(L"tavrin", luid, guid, error));
+  EXPECT_FALSE(Succeeds(vpn::LookupInterfaceIds(L"tavrin", luid, guid), error));
   EXPECT_EQ(error, L"guid lookup failed for tavrin");
 }
 
@@ -106,7 +108,7 @@ TEST_F(InterfaceAddresses, AnInvalidAddressChangesNothing) {
 }
 
 TEST_F(InterfaceAddresses, AnUnknownInterfaceIsNamedBeforeTheAddressIsRead) {
-  EXPECT_FALSE(vpn::SetInterfaceAddress(L"gone", L"no address", 24, error));
+  EXPECT_FALSE(Succeeds(vpn::SetInterfaceAddress(L"gone", L"no address", 24), error));
   EXPECT_EQ(error, L"unknown interface gone");
   machine.faults.Fail("ConvertInterfaceLuidToGuid");
   EXPECT_FALSE(Set(L"no address"));

@@ -1,6 +1,7 @@
 // The name servers of an interface.
 #include "src/net/interface_address.h"
 #include "tests/unit/net/net_fixture.h"
+#include "tests/unit/status.h"
 
 namespace unit {
 namespace {
@@ -18,7 +19,7 @@ class InterfaceDns : public NetTest {
 // SetInterfaceDns, ClearInterfaceDns
 
 TEST_F(InterfaceDns, TheNameServerIsSetOnItsInterfaceAlone) {
-  EXPECT_TRUE(vpn::SetInterfaceDns(L"tavrin", L"1.1.1.1", error));
+  EXPECT_TRUE(Succeeds(vpn::SetInterfaceDns(L"tavrin", L"1.1.1.1"), error));
   EXPECT_EQ(error, L"as before");
   EXPECT_EQ(Tun().dnsServers, Texts{"1.1.1.1"});
   EXPECT_FALSE(Tun().dnsFromDhcp);
@@ -31,16 +32,16 @@ TEST_F(InterfaceDns, TheNameServerIsSetOnItsInterfaceAlone) {
 
 TEST_F(InterfaceDns, AnEmptyServerIsAnEmptyTextAndClears) {
   Tun().dnsServers = {"1.1.1.1"};
-  EXPECT_TRUE(vpn::SetInterfaceDns(L"tavrin", L"", error));
+  EXPECT_TRUE(Succeeds(vpn::SetInterfaceDns(L"tavrin", L""), error));
   EXPECT_EQ(machine.calls.TextsOf("SetInterfaceDnsSettings"), Texts{"\"\", 0x2"});
   EXPECT_EQ(Tun().dnsServers, Texts());
 }
 
 TEST_F(InterfaceDns, ANameServerOnAnUnknownAliasGivesTheUnknownInterfaceText) {
-  EXPECT_FALSE(vpn::SetInterfaceDns(L"gone", L"1.1.1.1", error));
+  EXPECT_FALSE(Succeeds(vpn::SetInterfaceDns(L"gone", L"1.1.1.1"), error));
   EXPECT_EQ(error, L"unknown interface gone");
   machine.faults.Fail("ConvertInterfaceLuidToGuid");
-  EXPECT_FALSE(vpn::SetInterfaceDns(L"tavrin", L"1.1.1.1", error));
+  EXPECT_FALSE(Succeeds(vpn::SetInterfaceDns(L"tavrin", L"1.1.1.1"), error));
   EXPECT_EQ(error, L"guid lookup failed for tavrin");
   EXPECT_EQ(machine.calls.Count("SetInterfaceDnsSettings"), 0u);
 }
@@ -49,7 +50,7 @@ TEST_F(InterfaceDns, ARefusedNameServerGivesTheCode) {
   for (const std::uint32_t code : {2u, 5010u}) {
     SCOPED_TRACE(code);
     machine.faults.Fail("SetInterfaceDnsSettings", {.code = code});
-    EXPECT_FALSE(vpn::SetInterfaceDns(L"tavrin", L"1.1.1.1", error));
+    EXPECT_FALSE(Succeeds(vpn::SetInterfaceDns(L"tavrin", L"1.1.1.1"), error));
     EXPECT_EQ(error, code == 2 ? L"SetInterfaceDnsSettings failed 2"
                                : L"SetInterfaceDnsSettings failed 5010");
   }

@@ -3,6 +3,8 @@
 #include <algorithm>
 
 #include "tests/unit/net/net_fixture.h"
+#include "tests/unit/status.h"
+#include "src/net/adapter_kind.h"
 
 namespace unit {
 namespace {
@@ -20,7 +22,7 @@ class PhysicalRoutes : public NetTest {
   }
   void RemoveEthernetDefault() { machine.network.routes.erase(machine.network.routes.begin()); }
 
-  bool Find() { return vpn::FindPhysicalRoute(route, error); }
+  bool Find() { return Succeeds(vpn::FindPhysicalRoute(route), error); }
 
   vpn::PhysicalRoute route;
   std::wstring error = L"as before";

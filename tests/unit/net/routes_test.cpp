@@ -3,6 +3,9 @@
 #include <cstring>
 
 #include "tests/unit/net/net_fixture.h"
+#include "tests/unit/status.h"
+#include "src/net/routes_internal.h"
+#include "src/common/text.h"
 
 namespace unit {
 namespace {
@@ -24,7 +27,8 @@ class Routes : public NetTest {
 TEST_F(Routes, ARowHoldsEveryFieldOfTheRoute) {
   MIB_IPFORWARD_ROW2 row;
   std::memset(&row, 0x5A, sizeof row);
-  ASSERT_TRUE(vpn::BuildRouteRow(kEthernet, L"203.0.113.10", 32, L"192.168.1.1", 1, row, error));
+  ASSERT_TRUE(
+      Succeeds(vpn::BuildRouteRow(kEthernet, L"203.0.113.10", 32, L"192.168.1.1", 1, row), error));
   EXPECT_EQ(row.InterfaceLuid.Value, ethernet);
   EXPECT_EQ(row.InterfaceIndex, 12u);
   EXPECT_EQ(row.DestinationPrefix.Prefix.si_family, 2);
@@ -42,7 +46,8 @@ TEST_F(Routes, ARowHoldsEveryFieldOfTheRoute) {
 TEST_F(Routes, ARowStartsFromThePlatformsOwnDefaults) {
   MIB_IPFORWARD_ROW2 row;
   std::memset(&row, 0x5A, sizeof row);
-  ASSERT_TRUE(vpn::BuildRouteRow(kEthernet, L"10.0.0.0", 8, L"192.168.1.1", 7, row, error));
+  ASSERT_TRUE(
+      Succeeds(vpn::BuildRouteRow(kEthernet, L"10.0.0.0", 8, L"192.168.1.1", 7, row), error));
   EXPECT_EQ(row.SitePrefixLength, 255) << "only the platform's initialization sets it so";
   EXPECT_EQ(row.Loopback, 1);
   EXPECT_EQ(row.AutoconfigureAddress, 1);
@@ -53,7 +58,8 @@ TEST_F(Routes, ARowStartsFromThePlatformsOwnDefaults) {
 
 TEST_F(Routes, ARowIsBuiltInAFixedOrderOfCalls) {
   MIB_IPFORWARD_ROW2 row = {};
-  ASSERT_TRUE(vpn::BuildRouteRow(kEthernet, L"203.0.113.10", 32, L"192.168.1.1", 1, row, error));
+  ASSERT_TRUE(
+      Succeeds(vpn::BuildRouteRow(kEthernet, L"203.0.113.10", 32, L"192.168.1.1", 1, row), error));
   EXPECT_EQ(machine.calls.Names(),
             (Texts{"InitializeIpForwardEntry", "ConvertInterfaceAliasToLuid", "InetPtonW",
                    "InetPtonW", "ConvertInterfaceLuidToIndex"}));
@@ -62,7 +68,8 @@ TEST_F(Routes, ARowIsBuiltInAFixedOrderOfCalls) {
 
 TEST_F(Routes, AnUnknownInterfaceIsNamedBeforeTheAddressesAreLookedAt) {
   MIB_IPFORWARD_ROW2 row = {};
-  EXPECT_FALSE(vpn::BuildRouteRow(L"tavrin", L"no address", 32, L"neither", 1, row, error));
+  EXPECT_FALSE(
+      Succeeds(vpn::BuildRouteRow(L"tavrin", L"no address", 32, L"neither", 1, row), error));
   EXPECT_EQ(error, L"unknown interface tavrin");
   EXPECT_EQ(machine.calls.Count("InetPtonW"), 0u);
 }
@@ -87,9 +94,10 @@ TEST_F(Routes, ATextThatIsNoIpv4AddressFailsWithBothOperandsShown) {
     SCOPED_TRACE(testing::PrintToString(std::wstring(one.text)));
     MIB_IPFORWARD_ROW2 row = {};
     error = L"as before";
-    EXPECT_FALSE(vpn::BuildRouteRow(kEthernet, one.destination, 32, one.nextHop, 1, row, error));
+    EXPECT_FALSE(
+        Succeeds(vpn::BuildRouteRow(kEthernet, one.destination, 32, one.nextHop, 1, row), error));
     EXPECT_EQ(error, one.text);
-    EXPECT_FALSE(vpn::AddRoute(kEthernet, one.destination, 32, one.nextHop, 1, error));
+    EXPECT_FALSE(Succeeds(vpn::AddRoute(kEthernet, one.destination, 32, one.nextHop, 1), error));
     EXPECT_EQ(error, one.text);
     EXPECT_FALSE(vpn::DeleteRoute(kEthernet, one.destination, 32, one.nextHop));
   }
@@ -100,14 +108,16 @@ TEST_F(Routes, ATextThatIsNoIpv4AddressFailsWithBothOperandsShown) {
 TEST_F(Routes, AnAddressReaderThatFailsCountsAsNoAddress) {
   MIB_IPFORWARD_ROW2 row = {};
   machine.faults.Fail("InetPtonW", {.nth = 2});
-  EXPECT_FALSE(vpn::BuildRouteRow(kEthernet, L"10.0.0.1", 32, L"192.168.1.1", 1, row, error));
+  EXPECT_FALSE(
+      Succeeds(vpn::BuildRouteRow(kEthernet, L"10.0.0.1", 32, L"192.168.1.1", 1, row), error));
   EXPECT_EQ(error, L"invalid IPv4 route 10.0.0.1 via 192.168.1.1");
 }
 
 TEST_F(Routes, AnUnknownIndexIsNoObstacle) {
   MIB_IPFORWARD_ROW2 row = {};
   machine.faults.Fail("ConvertInterfaceLuidToIndex");
-  EXPECT_TRUE(vpn::BuildRouteRow(kEthernet, L"10.0.0.1", 32, L"192.168.1.1", 1, row, error));
+  EXPECT_TRUE(
+      Succeeds(vpn::BuildRouteRow(kEthernet, L"10.0.0.1", 32, L"192.168.1.1", 1, row), error));
   EXPECT_EQ(row.InterfaceIndex, 0u);
   EXPECT_EQ(row.InterfaceLuid.Value, ethernet);
 }
@@ -115,7 +125,7 @@ TEST_F(Routes, AnUnknownIndexIsNoObstacle) {
 // AddRoute
 
 TEST_F(Routes, AddingARoutePutsItIntoTheTable) {
-  EXPECT_TRUE(vpn::AddRoute(kEthernet, L"203.0.113.10", 32, L"192.168.1.1", 1, error));
+  EXPECT_TRUE(Succeeds(vpn::AddRoute(kEthernet, L"203.0.113.10", 32, L"192.168.1.1", 1), error));
   EXPECT_EQ(error, L"as before");
   EXPECT_EQ(RoutesOf(ethernet), With("203.0.113.10/32 via 192.168.1.1 metric 1"));
   const netmodel::Route& made = machine.network.routes.back();
@@ -125,8 +135,8 @@ TEST_F(Routes, AddingARoutePutsItIntoTheTable) {
 }
 
 TEST_F(Routes, AddingARouteThatStandsIsASuccessWithNoErrorAndChangesNothing) {
-  ASSERT_TRUE(vpn::AddRoute(kEthernet, L"203.0.113.10", 32, L"192.168.1.1", 9, error));
-  EXPECT_TRUE(vpn::AddRoute(kEthernet, L"203.0.113.10", 32, L"192.168.1.1", 1, error));
+  ASSERT_TRUE(Succeeds(vpn::AddRoute(kEthernet, L"203.0.113.10", 32, L"192.168.1.1", 9), error));
+  EXPECT_TRUE(Succeeds(vpn::AddRoute(kEthernet, L"203.0.113.10", 32, L"192.168.1.1", 1), error));
   EXPECT_EQ(error, L"as before");
   EXPECT_EQ(RoutesOf(ethernet), With("203.0.113.10/32 via 192.168.1.1 metric 9"));
 }
@@ -146,7 +156,7 @@ TEST_F(Routes, ARefusedRouteGivesTheCodeAsAnUnsignedDecimal) {
   for (const Case& one : cases) {
     SCOPED_TRACE(one.code);
     machine.faults.Fail("CreateIpForwardEntry2", {.code = one.code});
-    EXPECT_FALSE(vpn::AddRoute(kEthernet, L"203.0.113.10", 32, L"192.168.1.1", 1, error));
+    EXPECT_FALSE(Succeeds(vpn::AddRoute(kEthernet, L"203.0.113.10", 32, L"192.168.1.1", 1), error));
     EXPECT_EQ(error, one.text);
   }
   EXPECT_EQ(machine.calls.Count("CreateIpForwardEntry2"), 5u) << "nothing is tried twice";
@@ -155,12 +165,12 @@ TEST_F(Routes, ARefusedRouteGivesTheCodeAsAnUnsignedDecimal) {
 
 TEST_F(Routes, TheCodeForAnObjectThatExistsCountsAsSuccess) {
   machine.faults.Fail("CreateIpForwardEntry2", {.code = 5010});
-  EXPECT_TRUE(vpn::AddRoute(kEthernet, L"203.0.113.10", 32, L"192.168.1.1", 1, error));
+  EXPECT_TRUE(Succeeds(vpn::AddRoute(kEthernet, L"203.0.113.10", 32, L"192.168.1.1", 1), error));
   EXPECT_EQ(error, L"as before");
 }
 
 TEST_F(Routes, AddingOnAnUnknownInterfaceAsksThePlatformForNothing) {
-  EXPECT_FALSE(vpn::AddRoute(L"tavrin", L"0.0.0.0", 1, L"192.168.123.1", 5, error));
+  EXPECT_FALSE(Succeeds(vpn::AddRoute(L"tavrin", L"0.0.0.0", 1, L"192.168.123.1", 5), error));
   EXPECT_EQ(error, L"unknown interface tavrin");
   EXPECT_EQ(machine.calls.Count("CreateIpForwardEntry2"), 0u);
 }

@@ -1,6 +1,7 @@
 #include "src/tunnel/child_process.h"
 
 #include "tests/unit/net/net_fixture.h"
+#include "tests/unit/status.h"
 
 namespace unit {
 namespace {
@@ -14,8 +15,9 @@ class ChildProcesses : public ProductTest {
   }
 
   bool Spawn(HANDLE jobHandle = nullptr, const wchar_t* directory = L"C:\\run\\work") {
-    return vpn::SpawnChild(jobHandle, L"C:\\run\\child.exe", L"\"C:\\run\\child.exe\" -c \"x y\"",
-                           directory, process, thread, error);
+    return Succeeds(vpn::SpawnChild(jobHandle, L"C:\\run\\child.exe",
+                                    L"\"C:\\run\\child.exe\" -c \"x y\"", directory, spawned),
+                    error);
   }
   vpn::KernelHandle KillingJob() {
     vpn::KernelHandle job(CreateJobObjectW(nullptr, nullptr));
@@ -31,13 +33,13 @@ class ChildProcesses : public ProductTest {
     for (const auto& child : machine.processes.Started()) {
       machine.processes.Exit(child->id, 0);
     }
-    thread.reset();
-    process.reset();
+    spawned = {};
     ProductTest::TearDown();
   }
 
-  vpn::KernelHandle process;
-  vpn::KernelHandle thread;
+  vpn::HiddenProcess spawned;
+  vpn::KernelHandle& process = spawned.process;
+  vpn::KernelHandle& thread = spawned.thread;
   std::wstring error = L"as before";
 };
 

@@ -1,4 +1,4 @@
-#include "src/tunnel/orphans.h"
+#include "src/tunnel/orphans_internal.h"
 
 #include "tests/unit/net/net_fixture.h"
 

@@ -1,7 +1,7 @@
 #include "src/tunnel/port_probe.h"
 
 #include "src/common/unique_handle.h"
-#include "src/net/command.h"
+#include "src/common/hidden_process.h"
 #include "tests/unit/net/net_fixture.h"
 
 namespace unit {
@@ -27,8 +27,7 @@ class PortProbe : public ProductTest {
   void StartChild(sim::Script script) {
     machine.files.Put(L"C:\\run\\child.exe");
     machine.programs.On(L"child.exe", std::move(script));
-    DWORD code = 0;
-    ASSERT_TRUE(child.create(L"C:\\run\\child.exe", L"child", 0, nullptr, code));
+    ASSERT_TRUE(child.create(L"C:\\run\\child.exe", L"child", 0, nullptr));
     machine.calls.Clear();
   }
   void TearDown() override {

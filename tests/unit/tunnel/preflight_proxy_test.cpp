@@ -3,6 +3,8 @@
 
 #include "src/tunnel/preflight.h"
 #include "tests/unit/net/net_fixture.h"
+#include "tests/unit/status.h"
+#include "src/tunnel/preflight_internal.h"
 
 namespace unit {
 namespace {
@@ -15,7 +17,7 @@ constexpr std::uint32_t kQword = 11;
 
 class SystemProxy : public ProductTest {
  protected:
-  bool ProxyIsOn() { return vpn::CheckSystemProxy(error); }
+  bool ProxyIsOn() { return !Succeeds(vpn::CheckSystemProxy(), error); }
   void SwitchProxyOn(const wchar_t* server) {
     machine.registry.SetDword(kSettings, L"ProxyEnable", 1);
     machine.registry.SetText(kSettings, L"ProxyServer", server);

@@ -1,6 +1,8 @@
 #include "src/tunnel/preflight.h"
 
 #include "tests/unit/net/net_fixture.h"
+#include "tests/unit/status.h"
+#include "src/tunnel/preflight_internal.h"
 
 namespace unit {
 namespace {
@@ -9,7 +11,11 @@ constexpr wchar_t kSettings[] = L"Software\\Microsoft\\Windows\\CurrentVersion\\
 
 class Preflight : public NetTest {
  protected:
-  bool Conflicts() { return vpn::FindConflictingAdapter(L"tavrin", found); }
+  bool Conflicts(const wchar_t* ownName = L"tavrin") {
+    const std::optional<std::wstring> adapter = vpn::FindConflictingAdapter(ownName);
+    found = adapter.value_or(L"");
+    return adapter.has_value();
+  }
   void SwitchProxyOn(const wchar_t* server) {
     machine.registry.SetDword(kSettings, L"ProxyEnable", 1);
     machine.registry.SetText(kSettings, L"ProxyServer", server);
@@ -22,7 +28,7 @@ class Preflight : public NetTest {
 
 TEST_F(Preflight, ATypicalMachineHasNoConflict) {
   EXPECT_FALSE(Conflicts());
-  EXPECT_EQ(found, L"") << "what stood there is cleared";
+  EXPECT_EQ(found, L"");
   EXPECT_EQ(machine.calls.TextsOf("GetAdaptersAddresses"), (Texts{"0, 0x0", "0, 0x0"}));
 }
 
@@ -109,7 +115,7 @@ TEST_F(Preflight, TheFirstConflictInListOrderIsNamed) {
 
 TEST_F(Preflight, AnEmptyOwnNameSparesEveryAdapter) {
   AddAdapter("wg0", "WireGuard Tunnel");
-  EXPECT_FALSE(vpn::FindConflictingAdapter(L"", found));
+  EXPECT_FALSE(Conflicts(L""));
 }
 
 TEST_F(Preflight, AnAdapterWithoutTextsIsNoConflictAndHidesNone) {
@@ -132,7 +138,7 @@ TEST_F(Preflight, AnUnreadableAdapterListIsNoConflict) {
 // HasConflict
 
 TEST_F(Preflight, AMachineWithoutConflictsPassesAllThreeChecksInOrder) {
-  EXPECT_FALSE(vpn::HasConflict(error));
+  EXPECT_TRUE(Succeeds(vpn::CheckConflicts(), error));
   EXPECT_EQ(error, L"as before");
   EXPECT_EQ(machine.calls.Sequence({"GetAdaptersAddresses", "RegOpenKeyExW", "connect"}),
             (Texts{"GetAdaptersAddresses 0, 0x0", "GetAdaptersAddresses 0, 0x0",
@@ -146,7 +152,7 @@ TEST_F(Preflight, TheFirstCheckThatHitsEndsTheChecks) {
   SwitchProxyOn(L"127.0.0.1:10809");
   machine.listeners.Listen(17593);
 
-  EXPECT_TRUE(vpn::HasConflict(error));
+  EXPECT_FALSE(Succeeds(vpn::CheckConflicts(), error));
   EXPECT_EQ(
       error,
       L"检测到其他 VPN 正在使用网络（公司 VPN）。请先退出 v2rayN / Clash 等客户端的 TUN 模式，"
@@ -154,7 +160,7 @@ TEST_F(Preflight, TheFirstCheckThatHitsEndsTheChecks) {
   EXPECT_EQ(machine.calls.Count("RegOpenKeyExW"), 0u);
 
   machine.network.RemoveAdapter(luid);
-  EXPECT_TRUE(vpn::HasConflict(error));
+  EXPECT_FALSE(Succeeds(vpn::CheckConflicts(), error));
   EXPECT_EQ(
       error,
       L"系统代理正在开启（127.0.0.1:10809）。请先关闭 v2rayN / Clash 等客户端的系统代理，再连接"
@@ -162,20 +168,20 @@ TEST_F(Preflight, TheFirstCheckThatHitsEndsTheChecks) {
   EXPECT_EQ(machine.calls.Count("WSAStartup"), 0u);
 
   machine.registry.RemoveKey(kSettings);
-  EXPECT_TRUE(vpn::HasConflict(error));
+  EXPECT_FALSE(Succeeds(vpn::CheckConflicts(), error));
   EXPECT_EQ(error, L"本机端口 17593 已被其他程序占用，无法建立隧道。请退出其他代理客户端后重试。");
 }
 
 TEST_F(Preflight, TheChecksKnowTheirOwnAdapterByTheNameTavrin) {
   AddAdapter("tavrin", "tun2socks Tunnel");
-  EXPECT_FALSE(vpn::HasConflict(error));
+  EXPECT_TRUE(Succeeds(vpn::CheckConflicts(), error));
   AddAdapter("tavri", "tun2socks Tunnel");
-  EXPECT_TRUE(vpn::HasConflict(error));
+  EXPECT_FALSE(Succeeds(vpn::CheckConflicts(), error));
 }
 
 TEST_F(Preflight, AConflictWithANamelessAdapterLeavesTheBracketsEmpty) {
   AddAdapter("", "WireGuard Tunnel");
-  EXPECT_TRUE(vpn::HasConflict(error));
+  EXPECT_FALSE(Succeeds(vpn::CheckConflicts(), error));
   EXPECT_EQ(
       error,
       L"检测到其他 VPN 正在使用网络（）。请先退出 v2rayN / Clash 等客户端的 TUN 模式，再连接。");
@@ -184,14 +190,14 @@ TEST_F(Preflight, AConflictWithANamelessAdapterLeavesTheBracketsEmpty) {
 TEST_F(Preflight, ThePortIsTriedOnceAndFreeWhenTheClockPassesTheDeadlineFirst) {
   machine.listeners.Listen(17593);
   machine.faults.Before("GetTickCount64", 2, [this] { machine.clock.Advance(1); });
-  EXPECT_FALSE(vpn::HasConflict(error));
+  EXPECT_TRUE(Succeeds(vpn::CheckConflicts(), error));
   EXPECT_EQ(machine.calls.Count("socket"), 0u);
 }
 
 TEST_F(Preflight, ASocketLayerThatDoesNotStartIsNoConflict) {
   machine.listeners.Listen(17593);
   machine.faults.Fail("WSAStartup");
-  EXPECT_FALSE(vpn::HasConflict(error));
+  EXPECT_TRUE(Succeeds(vpn::CheckConflicts(), error));
 }
 
 }  // namespace

@@ -205,7 +205,7 @@ TEST_P(StartFailure, HasItsTextUndoesWhatItMayAndLeavesTheRestToTheAdaptersEnd) 
   EXPECT_EQ(error, failure.text);
   EXPECT_EQ(LastLabel(), failure.lastLabel);
 
-  EXPECT_FALSE(manager->isRunning());
+  EXPECT_FALSE(manager->childrenAlive());
   EXPECT_EQ(machine.processes.Alive(), Texts());
   EXPECT_EQ(machine.OpenHandles(), Texts());
   EXPECT_EQ(Pins(), Texts()) << "the panel's and the node's routes are gone";
@@ -239,7 +239,7 @@ TEST_P(StartFailure, LeavesNothingForTheNextStopAndNothingInTheWayOfTheNextStart
   error = L"as before";
   EXPECT_TRUE(Start());
   EXPECT_EQ(error, L"as before");
-  EXPECT_TRUE(manager->isRunning());
+  EXPECT_TRUE(manager->childrenAlive());
   EXPECT_EQ(Last(Labels(), 13), kFirstStartLabels);
 }
 

@@ -8,6 +8,7 @@
 
 #include "src/tunnel/tunnel_manager.h"
 #include "tests/unit/net/net_fixture.h"
+#include "tests/unit/status.h"
 
 namespace unit {
 
@@ -24,7 +25,7 @@ class TunnelTest : public NetTest {
  protected:
   TunnelTest();
 
-  bool Start() { return manager->start(config, error); }
+  bool Start() { return Succeeds(manager->start(config), error); }
   // With a helper that needs no time of its own, so that each poll is a single one.
   void MakeHelpersQuick();
   // The adapter of tun2socks outlives its process by so many milliseconds.

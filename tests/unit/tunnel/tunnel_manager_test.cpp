@@ -10,14 +10,14 @@ namespace {
 class TunnelLife : public TunnelTest {};
 
 TEST_F(TunnelLife, ANewManagerIsNotRunningAndAsksNobody) {
-  EXPECT_FALSE(manager->isRunning());
+  EXPECT_FALSE(manager->childrenAlive());
   EXPECT_EQ(machine.calls.Names(), Texts());
 }
 
 TEST_F(TunnelLife, BothChildrenAreAskedWithoutWaitingTun2socksFirst) {
   ASSERT_TRUE(Start());
   machine.calls.Clear();
-  EXPECT_TRUE(manager->isRunning());
+  EXPECT_TRUE(manager->childrenAlive());
   EXPECT_EQ(machine.calls.Sequence({"WaitForSingleObject"}),
             (Texts{"WaitForSingleObject process tun2socks-windows-amd64.exe, 0",
                    "WaitForSingleObject process xray.exe, 0"}));
@@ -30,7 +30,7 @@ TEST_F(TunnelLife, ATunnelWithoutOneOfItsChildrenIsNotRunning) {
     const size_t before = machine.processes.Started().size();
     ASSERT_TRUE(Start());
     machine.processes.Exit(machine.processes.Started().at(before + dead)->id, 0);
-    EXPECT_FALSE(manager->isRunning());
+    EXPECT_FALSE(manager->childrenAlive());
     manager->stop();
   }
 }
@@ -39,24 +39,24 @@ TEST_F(TunnelLife, AChildThatCantBeAskedCountsAsEnded) {
   ASSERT_TRUE(Start());
   for (const std::uint64_t nth : {1u, 2u}) {
     machine.faults.Fail("WaitForSingleObject", {.nth = nth});
-    EXPECT_FALSE(manager->isRunning()) << nth;
+    EXPECT_FALSE(manager->childrenAlive()) << nth;
     machine.faults.Clear();
   }
-  EXPECT_TRUE(manager->isRunning());
+  EXPECT_TRUE(manager->childrenAlive());
 }
 
 TEST_F(TunnelLife, RoutesSayNothingAboutIt) {
   ASSERT_TRUE(Start());
   const netmodel::Network whole = machine.network;
   machine.network.routes.clear();
-  EXPECT_TRUE(manager->isRunning());
+  EXPECT_TRUE(manager->childrenAlive());
   machine.network = whole;
 }
 
 TEST_F(TunnelLife, AStoppedTunnelIsNotRunning) {
   ASSERT_TRUE(Start());
   manager->stop();
-  EXPECT_FALSE(manager->isRunning());
+  EXPECT_FALSE(manager->childrenAlive());
 }
 
 TEST_F(TunnelLife, ADeadChildIsNotRestarted) {
@@ -64,7 +64,7 @@ TEST_F(TunnelLife, ADeadChildIsNotRestarted) {
   machine.processes.Exit(machine.processes.Started().at(0)->id, 0);
   const size_t started = machine.processes.Started().size();
   machine.clock.Advance(600000);
-  EXPECT_FALSE(manager->isRunning());
+  EXPECT_FALSE(manager->childrenAlive());
   EXPECT_EQ(machine.processes.Started().size(), started);
 }
 

@@ -141,11 +141,10 @@ TEST_F(TunnelOrphans, WithoutOrphansNothingIsCleanedEvenIfAnAdapterIsThere) {
 TEST_F(TunnelOrphans, ACrashThatTookTheChildrenAlongLeavesNoOrphanAndNothingIsCleaned) {
   const sim::ProcessRun crash = machine.RunProcess([this] {
     vpn::TunnelManager crashing;
-    std::wstring text;
-    EXPECT_TRUE(crashing.start(config, text));
+    EXPECT_TRUE(crashing.start(config));
     machine.faults.ResetCount();
     machine.faults.KillAt(1);
-    (void)crashing.isRunning();
+    (void)crashing.childrenAlive();
   });
   ASSERT_TRUE(crash.killed);
   ASSERT_EQ(machine.processes.Alive(), Texts()) << "the job took them";

@@ -81,7 +81,7 @@ class StartRefusal : public TunnelTest, public testing::WithParamInterface<Refus
 TEST_P(StartRefusal, SaysWhyAndChangesNothing) {
   EXPECT_FALSE(Start());
   EXPECT_EQ(error, GetParam().text);
-  EXPECT_FALSE(manager->isRunning());
+  EXPECT_FALSE(manager->childrenAlive());
   EXPECT_EQ(Actions(), Texts());
   EXPECT_EQ(machine.calls.Count("GetAddrInfoW"), 0u);
   EXPECT_EQ(machine.OpenHandles(), Texts());
@@ -145,7 +145,7 @@ TEST_F(TunnelRefusals, ARefusalComesBehindTheOrphanCleanUpAndTheEndOfTheOldTunne
   AddForeignTunnel(machine);
   EXPECT_FALSE(Start());
   EXPECT_EQ(machine.processes.Alive(), Texts()) << "the old tunnel was stopped first";
-  EXPECT_FALSE(manager->isRunning());
+  EXPECT_FALSE(manager->childrenAlive());
   EXPECT_EQ(TunRoutes(), Texts());
   machine.network.RemoveAdapter(machine.network.FindByAlias("wg0")->luid);
 
@@ -166,7 +166,7 @@ TEST_F(TunnelRefusals, WithoutAJobThePanelPinsStayUntilTheNextStop) {
   EXPECT_EQ(LastLabel(), "pin panel hosts");
   EXPECT_EQ(Pins(), Texts{"198.51.100.20"});
   EXPECT_EQ(machine.processes.Started().size(), 0u);
-  EXPECT_FALSE(manager->isRunning());
+  EXPECT_FALSE(manager->childrenAlive());
   EXPECT_EQ(machine.OpenHandles(), Texts());
 
   machine.calls.Clear();

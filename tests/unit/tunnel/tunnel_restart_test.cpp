@@ -59,7 +59,7 @@ TEST_F(TunnelRestart, ATunnelWithADeadChildIsStillAnOwnSession) {
         machine.processes.Exit(process->id, 1);
       }
     }
-    ASSERT_FALSE(manager->isRunning());
+    ASSERT_FALSE(manager->childrenAlive());
     ASSERT_TRUE(Start());
     EXPECT_EQ(NewLabels(), kRestartLabels);
     manager->stop();

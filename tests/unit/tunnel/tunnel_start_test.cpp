@@ -62,7 +62,7 @@ TEST_F(TunnelStart, OldStateRefusalsFilesAndThePhysicalSideComeBeforeTheJob) {
 TEST_F(TunnelStart, WhatItLeavesOnTheMachineIsExactlyTheTunnel) {
   ASSERT_TRUE(Start());
   EXPECT_EQ(error, L"as before");
-  EXPECT_TRUE(manager->isRunning());
+  EXPECT_TRUE(manager->childrenAlive());
   EXPECT_EQ(machine.processes.Alive(), (Texts{"xray.exe", "tun2socks-windows-amd64.exe"}));
   ASSERT_NE(Tun(), nullptr);
   EXPECT_EQ(Tun()->addresses, (std::vector<netmodel::UnicastAddress>{{0xC0A87B01, 24}}));
@@ -166,7 +166,7 @@ TEST_F(TunnelStart, ANameServerThatIsRefusedOnlyChangesTheLabel) {
   machine.faults.Fail("SetInterfaceDnsSettings");
   ASSERT_TRUE(Start());
   EXPECT_EQ(error, L"as before");
-  EXPECT_TRUE(manager->isRunning());
+  EXPECT_TRUE(manager->childrenAlive());
   EXPECT_EQ(Tun()->dnsServers, Texts());
   EXPECT_EQ(machine.calls.Count("SetInterfaceDnsSettings"), 1u) << "there is no second attempt";
   Texts labels = kFirstStartLabels;
@@ -201,13 +201,13 @@ TEST_F(TunnelStart, PanelHostsThatDontResolveStopNothing) {
 TEST_F(TunnelStart, ATraceThatCantBeWrittenDoesNotAffectTheStart) {
   machine.environment.Set(L"TAVRIN_TIMING", L"D:\\nowhere\\trace.log");
   EXPECT_TRUE(Start());
-  EXPECT_TRUE(manager->isRunning());
+  EXPECT_TRUE(manager->childrenAlive());
 }
 
 TEST_F(TunnelStart, AListenerOfSomebodyElseThatComesAfterTheCheckIsTakenForXray) {
   machine.clock.After(100, [this] { machine.listeners.Listen(17593); });
   EXPECT_TRUE(Start()) << "Xray was still loading when the port answered";
-  EXPECT_FALSE(manager->isRunning()) << "it has ended since, as the port was taken";
+  EXPECT_FALSE(manager->childrenAlive()) << "it has ended since, as the port was taken";
 }
 
 }  // namespace

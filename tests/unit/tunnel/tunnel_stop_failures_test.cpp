@@ -113,7 +113,7 @@ TEST_F(TunnelStopFailures, DeletionsThatFailKeepNothingFromRunning) {
   Stop();
   EXPECT_EQ(machine.calls.Count("DeleteIpForwardEntry2"), 5u);
   EXPECT_EQ(machine.calls.Count("CreateProcessW"), 3u);
-  EXPECT_FALSE(manager->isRunning());
+  EXPECT_FALSE(manager->childrenAlive());
   EXPECT_EQ(Pins(), (Texts{"198.51.100.20", "198.51.100.30"}));
 
   machine.faults.Clear();

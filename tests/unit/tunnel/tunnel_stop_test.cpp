@@ -60,7 +60,7 @@ TEST_F(TunnelStop, ATunnelIsTakenDownByTheseCallsInThisOrder) {
 TEST_F(TunnelStop, TheMachineIsAsBeforeAndTheManagerIdle) {
   StartAndForgetCalls();
   manager->stop();
-  EXPECT_FALSE(manager->isRunning());
+  EXPECT_FALSE(manager->childrenAlive());
   EXPECT_EQ(machine.processes.Alive(), Texts());
   EXPECT_EQ(machine.OpenHandles(), Texts());
   ExpectNetworkAsBefore();

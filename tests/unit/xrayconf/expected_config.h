@@ -9,6 +9,7 @@
 
 #include "src/xrayconf/xray_config.h"
 #include "tests/sim/fixture.h"
+#include "tests/unit/status.h"
 
 namespace vpn {
 
@@ -125,7 +126,7 @@ class XrayConfigTest : public sim::MachineTest {
   }
 
   std::string Generate(const std::wstring& path = L"C:\\run\\session.json.xray.json") {
-    EXPECT_TRUE(GenerateXrayConfig(node, alias, path, error));
+    EXPECT_TRUE(unit::Succeeds(GenerateXrayConfig(node, alias, path), error));
     EXPECT_EQ(error, L"earlier");
     return machine.files.Read(path).value_or("no file");
   }

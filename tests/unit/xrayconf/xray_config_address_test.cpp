@@ -4,7 +4,8 @@
 #include <utility>
 #include <vector>
 
-#include "src/xrayconf/xray_config.h"
+#include "src/net/host_resolve.h"
+#include "src/xrayconf/xray_config_internal.h"
 #include "tests/sim/text.h"
 #include "tests/unit/xrayconf/expected_config.h"
 

@@ -160,12 +160,12 @@ TEST_F(XrayConfig, TwoRunsWithTheSameInputGiveTheSameBytes) {
 }
 
 TEST_F(XrayConfig, AFileThatDoesNotOpenIsTheOneFailure) {
-  EXPECT_FALSE(GenerateXrayConfig(node, alias, L"C:\\missing\\c.json", error));
+  EXPECT_FALSE(unit::Succeeds(GenerateXrayConfig(node, alias, L"C:\\missing\\c.json"), error));
   EXPECT_EQ(error, L"cannot write generated xray config");
   machine.files.Put(L"C:\\run\\c.json", "kept");
   machine.files.SetLocked(L"C:\\run\\c.json", true);
   error.clear();
-  EXPECT_FALSE(GenerateXrayConfig(node, alias, L"C:\\run\\c.json", error));
+  EXPECT_FALSE(unit::Succeeds(GenerateXrayConfig(node, alias, L"C:\\run\\c.json"), error));
   EXPECT_EQ(error, L"cannot write generated xray config");
   EXPECT_EQ(machine.files.Read(L"C:\\run\\c.json"), "kept");
 }
@@ -173,7 +173,8 @@ TEST_F(XrayConfig, AFileThatDoesNotOpenIsTheOneFailure) {
 TEST_F(XrayConfig, OnlyTheOpeningDecidesAndNotTheWriteItself) {
   machine.files.Put(L"C:\\run\\session.json.xray.json", "old");
   machine.files.SetWritesFail(L"C:\\run\\session.json.xray.json", true);
-  EXPECT_TRUE(GenerateXrayConfig(node, alias, L"C:\\run\\session.json.xray.json", error));
+  EXPECT_TRUE(
+      unit::Succeeds(GenerateXrayConfig(node, alias, L"C:\\run\\session.json.xray.json"), error));
   EXPECT_EQ(error, L"earlier");
 }
 

@@ -3,7 +3,7 @@
 
 #include "src/control/connect_operation.h"
 #include "src/control/dispatch.h"
-#include "src/control/session_cache.h"
+#include "src/control/account_cache.h"
 #include "tests/sim/pipe_client.h"
 #include "tests/unit/background_server.h"
 #include "tests/unit/control/control_fixture.h"
@@ -40,7 +40,7 @@ class NodeChoice : public unit::ControlTest {
 
 TEST_F(NodeChoice, EmptyKeyTakesTheFirst) {
   Answer(three);
-  EXPECT_EQ(ConnectOperation(L""), L"");
+  EXPECT_EQ(ConnectOperation(L"").text(), L"");
   ExpectConnectedTo("198.51.100.1");
 }
 
@@ -48,9 +48,9 @@ TEST_F(NodeChoice, NameTakesItsNode) {
   for (const auto& [name, address] : {std::pair(L"Tokyo", "198.51.100.1"),
                                       {L"Osaka", "198.51.100.2"},
                                       {L"Kyoto", "198.51.100.3"}}) {
-    InvalidateSessionCache();
+    InvalidateAccountCache();
     Answer(three);
-    EXPECT_EQ(ConnectOperation(name), L"");
+    EXPECT_EQ(ConnectOperation(name).text(), L"");
     ExpectConnectedTo(address);
   }
 }
@@ -58,42 +58,42 @@ TEST_F(NodeChoice, NameTakesItsNode) {
 TEST_F(NodeChoice, LastOfSeveralEqualNamesWins) {
   Answer({Node(L"A", L"198.51.100.1"), Node(L"B", L"198.51.100.2"), Node(L"B", L"198.51.100.3"),
           Node(L"A", L"198.51.100.4"), Node(L"C", L"198.51.100.5")});
-  EXPECT_EQ(ConnectOperation(L"A"), L"");
+  EXPECT_EQ(ConnectOperation(L"A").text(), L"");
   ExpectConnectedTo("198.51.100.4");
-  EXPECT_EQ(ConnectOperation(L"B"), L"");
+  EXPECT_EQ(ConnectOperation(L"B").text(), L"");
   ExpectConnectedTo("198.51.100.3");
 }
 
 TEST_F(NodeChoice, EmptyKeyNeverMatchesANodeWithoutAName) {
   Answer({Node(L"A", L"198.51.100.1"), Node(L"", L"198.51.100.2")});
-  EXPECT_EQ(ConnectOperation(L""), L"");
+  EXPECT_EQ(ConnectOperation(L"").text(), L"");
   ExpectConnectedTo("198.51.100.1");
 }
 
 TEST_F(NodeChoice, NameMustBeEqualInLengthAndCase) {
   for (const wchar_t* name : {L"osaka", L"OSAKA", L"Osak", L"Osaka ", L" Osaka", L"Osaka2"}) {
-    InvalidateSessionCache();
+    InvalidateAccountCache();
     Answer(three);
     Answer(three);  // it did not match, so the list is fetched once more
-    EXPECT_EQ(ConnectOperation(name), L"");
+    EXPECT_EQ(ConnectOperation(name).text(), L"");
     ExpectConnectedTo("198.51.100.1");
   }
 }
 
 TEST_F(NodeChoice, NamesAreComparedByTheirUnits) {
   Answer({Node(L"A", L"198.51.100.1"), Node(L"\u00E9", L"198.51.100.2")});
-  EXPECT_EQ(ConnectOperation(L"\u00E9"), L"");
+  EXPECT_EQ(ConnectOperation(L"\u00E9").text(), L"");
   ExpectConnectedTo("198.51.100.2");
   Answer(three);
-  EXPECT_EQ(ConnectOperation(L"e\u0301"), L"");  // looks the same, and is not
+  EXPECT_EQ(ConnectOperation(L"e\u0301").text(), L"");  // looks the same, and is not
   ExpectConnectedTo("198.51.100.1");
 }
 
 TEST_F(NodeChoice, NewNodeIsFoundByTheSecondFetchWithin90Seconds) {
   Answer({Node(L"Tokyo", L"198.51.100.1")});
-  EXPECT_EQ(ConnectOperation(L"Tokyo"), L"");
+  EXPECT_EQ(ConnectOperation(L"Tokyo").text(), L"");
   Answer(three);
-  EXPECT_EQ(ConnectOperation(L"Kyoto"), L"");
+  EXPECT_EQ(ConnectOperation(L"Kyoto").text(), L"");
   ExpectConnectedTo("198.51.100.3");
 }
 
@@ -101,100 +101,100 @@ TEST_F(NodeChoice, LastMatchWinsInTheNewListToo) {
   Answer({Node(L"Tokyo", L"198.51.100.1")});
   Answer({Node(L"X", L"198.51.100.2"), Node(L"Y", L"198.51.100.3"), Node(L"X", L"198.51.100.4"),
           Node(L"Z", L"198.51.100.5")});
-  EXPECT_EQ(ConnectOperation(L"X"), L"");
+  EXPECT_EQ(ConnectOperation(L"X").text(), L"");
   ExpectConnectedTo("198.51.100.4");
 }
 
 TEST_F(NodeChoice, NameThatIsNowhereQuietlyTakesTheFirstOfTheNewList) {
   Answer({Node(L"Tokyo", L"198.51.100.1")});
   Answer({Node(L"Osaka", L"198.51.100.2"), Node(L"Tokyo", L"198.51.100.1")});
-  EXPECT_EQ(ConnectOperation(L"Atlantis"), L"");
+  EXPECT_EQ(ConnectOperation(L"Atlantis").text(), L"");
   ExpectConnectedTo("198.51.100.2");
 }
 
 TEST_F(NodeChoice, SecondFetchIsCachedForTheNextConnect) {
   Answer({Node(L"Tokyo", L"198.51.100.1")});
   Answer(three);
-  EXPECT_EQ(ConnectOperation(L"Atlantis"), L"");
-  EXPECT_EQ(ConnectOperation(L"Kyoto"), L"");
+  EXPECT_EQ(ConnectOperation(L"Atlantis").text(), L"");
+  EXPECT_EQ(ConnectOperation(L"Kyoto").text(), L"");
   ExpectConnectedTo("198.51.100.3");
 }
 
 TEST_F(NodeChoice, RefusedFetchWithoutATextAsksToSignIn) {
   Refuse(L"");
-  EXPECT_EQ(ConnectOperation(L""), L"请先在Tavrin登录");
+  EXPECT_EQ(ConnectOperation(L"").text(), L"请先在Tavrin登录");
   Refuse(L"");
-  EXPECT_EQ(ConnectOperation(L"Tokyo"), L"请先在Tavrin登录");
+  EXPECT_EQ(ConnectOperation(L"Tokyo").text(), L"请先在Tavrin登录");
 }
 
 TEST_F(NodeChoice, RefusedFetchHandsItsTextOn) {
   Refuse(L"套餐已过期");
-  EXPECT_EQ(ConnectOperation(L""), L"套餐已过期");
+  EXPECT_EQ(ConnectOperation(L"").text(), L"套餐已过期");
 }
 
 TEST_F(NodeChoice, RefusedSecondFetchHandsItsTextOnOrAsksToSignIn) {
   for (const auto& [text, shown] :
        {std::pair(L"套餐已过期", L"套餐已过期"), {L"", L"请先在Tavrin登录"}}) {
-    InvalidateSessionCache();
+    InvalidateAccountCache();
     Answer(three);
     Refuse(text);
-    EXPECT_EQ(ConnectOperation(L"Atlantis"), shown);
+    EXPECT_EQ(ConnectOperation(L"Atlantis").text(), shown);
   }
   EXPECT_EQ(GeneratedConfig(), "");
 }
 
 TEST_F(NodeChoice, AccountWithoutNodesIsNamedAndAskedForAgainNextTime) {
   Answer({});
-  EXPECT_EQ(ConnectOperation(L""), L"没有可用节点");
+  EXPECT_EQ(ConnectOperation(L"").text(), L"没有可用节点");
   Answer(three);
-  EXPECT_EQ(ConnectOperation(L""), L"");
+  EXPECT_EQ(ConnectOperation(L"").text(), L"");
 }
 
 TEST_F(NodeChoice, AccountWithoutNodesIsNotFetchedTwiceForAName) {
   Answer({});
-  EXPECT_EQ(ConnectOperation(L"Tokyo"), L"没有可用节点");
+  EXPECT_EQ(ConnectOperation(L"Tokyo").text(), L"没有可用节点");
 }
 
 TEST_F(NodeChoice, SecondFetchWithoutNodesIsNamed) {
   Answer(three);
   Answer({});
-  EXPECT_EQ(ConnectOperation(L"Atlantis"), L"没有可用节点");
+  EXPECT_EQ(ConnectOperation(L"Atlantis").text(), L"没有可用节点");
   EXPECT_EQ(GeneratedConfig(), "");
 }
 
 TEST_F(NodeChoice, TextOfTheFirstFetchDoesNotReachTheUserWhenItSucceeded) {
   script.answers.push_back({true, {}, L"a warning", {}});
-  EXPECT_EQ(ConnectOperation(L""), L"没有可用节点");
+  EXPECT_EQ(ConnectOperation(L"").text(), L"没有可用节点");
 }
 
 TEST_F(NodeChoice, RunningTunnelSurvivesEveryRefusalInFrontOfTheStart) {
   Answer(three);
-  EXPECT_EQ(ConnectOperation(L"Osaka"), L"");
+  EXPECT_EQ(ConnectOperation(L"Osaka").text(), L"");
   Refuse(L"offline");
-  EXPECT_EQ(ConnectOperation(L"Atlantis"), L"offline");
+  EXPECT_EQ(ConnectOperation(L"Atlantis").text(), L"offline");
   Answer({});
-  EXPECT_EQ(ConnectOperation(L""), L"没有可用节点");
+  EXPECT_EQ(ConnectOperation(L"").text(), L"没有可用节点");
   EXPECT_EQ(Alive(), unit::BothChildren());
   ExpectConnectedTo("198.51.100.2");
 }
 
 TEST_F(NodeChoice, NodeWithoutAnAddressPinsTheDefault) {
   Answer({Node(L"A", L"")});
-  EXPECT_EQ(ConnectOperation(L""), L"");
+  EXPECT_EQ(ConnectOperation(L"").text(), L"");
   EXPECT_TRUE(HasRoute("203.0.113.10", 32));
 }
 
 TEST_F(NodeChoice, NodeWithAHostNamePinsTheDefault) {
   machine.names.Set("node.example", {"198.51.100.44"});
   Answer({Node(L"A", L"node.example")});
-  EXPECT_EQ(ConnectOperation(L""), L"");
+  EXPECT_EQ(ConnectOperation(L"").text(), L"");
   EXPECT_TRUE(HasRoute("203.0.113.10", 32));
   EXPECT_FALSE(HasRoute("198.51.100.44", 32));
 }
 
 TEST_F(NodeChoice, BackendIsChosenForTheRuntimeDirectory) {
   Answer(three);
-  EXPECT_EQ(ConnectOperation(L""), L"");
+  EXPECT_EQ(ConnectOperation(L"").text(), L"");
   EXPECT_EQ(script.runtimeDirs, std::vector<std::wstring>{L"C:\\run"});
 }
 

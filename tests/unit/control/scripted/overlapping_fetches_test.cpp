@@ -1,7 +1,8 @@
 // Fetches that overlap, and what is held meanwhile.
-#include "src/control/session_cache.h"
+#include "src/control/account_cache.h"
 #include "tests/unit/control/control_fixture.h"
 #include "tests/unit/control/scripted/scripted_control_plane.h"
+#include "tests/unit/status.h"
 
 namespace vpn {
 namespace {
@@ -18,8 +19,7 @@ class OverlappingFetches : public unit::ControlTest {
   // The first node's name, or nothing.
   std::wstring Fetch() {
     AccountSession session;
-    std::wstring error;
-    const bool fetched = FetchAccountCached(L"C:\\run", session, error);
+    const bool fetched = static_cast<bool>(FetchAccountCached(L"C:\\run", session));
     return fetched && !session.nodes.empty() ? session.nodes[0].name : L"";
   }
   unit::ControlPlaneScript& script = unit::TheScript();
@@ -29,7 +29,7 @@ class OverlappingFetches : public unit::ControlTest {
 
 TEST_F(OverlappingFetches, NoLockIsHeldDuringAFetch) {
   script.answers.push_back({true, {first}, L"", [] {
-                              InvalidateSessionCache();  // would wait for ever
+                              InvalidateAccountCache();  // would wait for ever
                             }});
   EXPECT_EQ(Fetch(), L"first");
 }
@@ -79,7 +79,7 @@ TEST_F(OverlappingFetches, FailedFetchWithoutATextLeavesTheTextAlone) {
   script.answers.push_back({false, {}, L"", {}});
   AccountSession session;
   std::wstring error;
-  EXPECT_FALSE(FetchAccountCached(L"C:\\run", session, error));
+  EXPECT_FALSE(unit::Succeeds(FetchAccountCached(L"C:\\run", session), error));
   EXPECT_EQ(error, L"");
 }
 

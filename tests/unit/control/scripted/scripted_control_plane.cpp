@@ -5,8 +5,8 @@
 #include <memory>
 #include <utility>
 
+#include "src/account/control_plane_choice.h"
 #include "src/account/local_control_plane.h"
-#include "src/panel/control_plane_choice.h"
 
 namespace unit {
 namespace {

@@ -1,0 +1,96 @@
+#include "src/runtime/service_log.h"
+
+#include <windows.h>
+#include <io.h>
+#include <share.h>
+
+#include <cstdio>
+
+#include "src/common/mutex.h"
+#include "src/common/unique_handle.h"
+#include "src/runtime/console_text.h"
+#include "src/runtime/process_state.h"
+#include "src/runtime/runtime_files.h"
+
+namespace vpn {
+namespace {
+
+// Makes lines whole across the threads of this process, console echo included. A leaf: nothing
+// else is taken while it is held.
+Mutex g_logLock;
+
+constexpr int kTurnAttempts = 100;  // a millisecond apart, or a tick of the system clock
+
+// One byte that no log ever reaches, so that a reader never meets the lock on it.
+OVERLAPPED TurnByte() {
+  OVERLAPPED place = {};
+  place.OffsetHigh = 0x7FFFFFFF;
+  return place;
+}
+
+// The runtime appends in two steps, the way to the file's end and the writing, and a long line in
+// several writes: between them another process's line would be overwritten or torn. Waiting has an
+// end, since whoever can read the log can also hold the byte; the line is then written all the
+// same.
+bool TakeTurn(HANDLE file) {
+  for (int attempt = 0; attempt < kTurnAttempts; ++attempt) {
+    OVERLAPPED place = TurnByte();
+    if (LockFileEx(file, LOCKFILE_EXCLUSIVE_LOCK | LOCKFILE_FAIL_IMMEDIATELY, 0, 1, 0, &place) !=
+        FALSE) {
+      return true;
+    }
+    if (GetLastError() != ERROR_LOCK_VIOLATION) {
+      return false;  // a file system without locks
+    }
+    Sleep(1);
+  }
+  return false;
+}
+
+void EndTurn(HANDLE file) {
+  OVERLAPPED place = TurnByte();
+  (void)UnlockFileEx(file, 0, 1, 0, &place);  // at the latest, closing the file does it
+}
+
+void Append(std::FILE* file, const std::string& bytes) {
+  auto* const handle = reinterpret_cast<HANDLE>(_get_osfhandle(_fileno(file)));
+  const bool hasTurn = TakeTurn(handle);
+  (void)std::fwrite(bytes.data(), 1, bytes.size(), file);
+  (void)std::fflush(file);  // within the turn
+  if (hasTurn) {
+    EndTurn(handle);
+  }
+}
+
+// The message up to its first NUL; a lone terminator counts as empty.
+std::string LogBytes(const std::wstring& message) {
+  const int size =
+      WideCharToMultiByte(CP_UTF8, 0, message.c_str(), -1, nullptr, 0, nullptr, nullptr);
+  if (size <= 1) {
+    return {};
+  }
+  std::string bytes(static_cast<size_t>(size), '\0');
+  (void)WideCharToMultiByte(CP_UTF8, 0, message.c_str(), -1, bytes.data(), size, nullptr, nullptr);
+  bytes.back() = '\n';
+  return bytes;
+}
+
+}  // namespace
+
+void WriteLog(const std::wstring& message) {
+  const MutexLock lock(g_logLock);
+  if (g_consoleEcho.load() != 0) {
+    WriteConsoleText(stdout, message + L'\n');
+  }
+  const UniqueFile file(
+      _wfsopen((g_runtimeDir + L'\\' + kServiceLogFile).c_str(), L"ab", _SH_DENYNO));
+  if (!file) {
+    return;
+  }
+  const std::string bytes = LogBytes(message);
+  if (!bytes.empty()) {
+    Append(file.get(), bytes);
+  }
+}
+
+}  // namespace vpn
