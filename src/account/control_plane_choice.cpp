@@ -11,7 +11,8 @@ std::unique_ptr<ControlPlane> CreateControlPlane(const std::wstring& runtimeDir)
   const std::wstring credentialPath = runtimeDir + L'\\' + kCredentialFile;
   PanelEndpoints panel = ReadPanelEndpoints(runtimeDir);
   if (TrimEndSlashes(panel.apiBase).empty()) {
-    panel = {.apiBase = PanelUrlFromEnvironment()};
+    panel = {};
+    panel.apiBase = PanelUrlFromEnvironment();
   }
   if (TrimEndSlashes(panel.apiBase).empty()) {
     return std::make_unique<LocalControlPlane>(runtimeDir + L'\\' + kAccountFile, credentialPath);
