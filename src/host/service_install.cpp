@@ -6,8 +6,8 @@
 
 #include "src/common/environment.h"
 #include "src/common/unique_handle.h"
+#include "src/host/host_internal.h"
 #include "src/host/run_modes.h"
-#include "src/host/service_install_internal.h"
 #include "src/runtime/console_text.h"
 #include "src/runtime/process_state.h"
 

@@ -1,7 +1,5 @@
 #include "src/net/command.h"
 
-#include "src/net/command_internal.h"
-
 #include "src/common/hidden_process.h"
 
 namespace vpn {
@@ -29,10 +27,6 @@ Status RunCommand(const std::wstring& commandLine, DWORD budget) {
     return Status::failure(L"command exit " + std::to_wstring(exitCode) + L": " + commandLine);
   }
   return Status::success();
-}
-
-void RunCommandQuiet(const std::wstring& commandLine, DWORD budget) {
-  (void)RunCommand(commandLine, budget);
 }
 
 }  // namespace vpn

@@ -4,7 +4,6 @@
 
 #include "src/common/text.h"
 #include "src/net/ip_helper.h"
-#include "src/net/winsock_scope.h"
 
 namespace vpn {
 namespace {

@@ -1,9 +1,8 @@
 #include "src/net/interface_address.h"
 
-#include "src/net/interface_address_internal.h"
+#include "src/net/net_internal.h"
 
-#include "src/net/adapter_list.h"
-#include "src/net/dns_settings.h"
+#include "src/net/adapters.h"
 
 namespace vpn {
 namespace {

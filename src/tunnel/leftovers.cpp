@@ -1,6 +1,6 @@
 #include "src/tunnel/leftovers.h"
 
-#include "src/net/adapter_wait.h"
+#include "src/net/adapters.h"
 #include "src/net/interface_address.h"
 #include "src/net/netsh.h"
 #include "src/net/routes.h"

@@ -32,12 +32,10 @@ void TunnelManager::stop() {
       (void)WaitForSingleObject(child->process.get(), kChildExitWait);
     }
   }
-  for (HiddenProcess* child : children) {
-    child->thread.reset();
-  }
-  for (HiddenProcess* child : children) {
-    child->process.reset();
-  }
+  tun2socks_.thread.reset();
+  xray_.thread.reset();
+  tun2socks_.process.reset();
+  xray_.process.reset();
   job_.reset();
   undoNetwork();
   physical_ = {};

@@ -2,9 +2,9 @@
 
 #include <algorithm>
 
+#include "src/net/adapters.h"
 #include "tests/unit/net/net_fixture.h"
 #include "tests/unit/status.h"
-#include "src/net/adapter_kind.h"
 
 namespace unit {
 namespace {

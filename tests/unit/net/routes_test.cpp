@@ -2,10 +2,10 @@
 
 #include <cstring>
 
+#include "src/common/text.h"
+#include "src/net/net_internal.h"
 #include "tests/unit/net/net_fixture.h"
 #include "tests/unit/status.h"
-#include "src/net/routes_internal.h"
-#include "src/common/text.h"
 
 namespace unit {
 namespace {
