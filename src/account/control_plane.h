@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "src/common/node_info.h"
+#include "src/common/status.h"
 
 namespace vpn {
 
@@ -75,10 +76,28 @@ struct ReferralRow {
   std::int64_t commission = 0;  // hundredths of the currency unit
 };
 
+// Ends an operation as its last step ended: true for success, else the step's text is in `error`.
+inline bool Succeeded(const Status& step, std::wstring& error) {
+  if (!step) {
+    error = step.text();
+  }
+  return static_cast<bool>(step);
+}
+
 // Built for one use by one thread. Operations other than `logout` return true on success; on false
 // `error` holds one line for the user. Output records are reset at the start of a call and then
 // hold exactly what its steps assigned; only the panel's `fetchAccount` and `fetchPlans` leave them
 // alone until the panel has answered. No operation keeps a reference to its arguments.
+//
+// What stands in `error` at the start of a call stays there on success, and matters as follows with
+// the panel:
+// - `fetchAccount`: a subscription that fails writes its text only into an empty `error`. There it
+//   stays on success, and is told when the server list can't be fetched either; otherwise the
+//   list's own failure is told.
+// - `registerAccount`: when the panel accepts the registration without a credential or a message,
+//   and the login fails, the text from the start is told, or a general one if there was none. On
+//   success by way of the login, the text of a refused registration stays.
+// - `login` and `purchasePlan` clear it before their second attempt.
 class ControlPlane {
  public:
   virtual ~ControlPlane() = default;

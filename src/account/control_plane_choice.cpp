@@ -8,18 +8,17 @@
 namespace vpn {
 
 std::unique_ptr<ControlPlane> CreateControlPlane(const std::wstring& runtimeDir) {
-  const std::wstring sessionPath = runtimeDir + L'\\' + kSessionFile;
-  const PanelEndpoints endpoints = ReadPanelEndpoints(runtimeDir);
-  std::wstring apiBase = TrimEndSlashes(endpoints.apiBase);
-  if (!apiBase.empty()) {
-    return std::make_unique<XboardControlPlane>(std::move(apiBase), sessionPath,
-                                                endpoints.deviceApi, endpoints.inviteBase);
+  const std::wstring credentialPath = runtimeDir + L'\\' + kCredentialFile;
+  PanelEndpoints panel = ReadPanelEndpoints(runtimeDir);
+  if (TrimEndSlashes(panel.apiBase).empty()) {
+    panel = {};
+    panel.apiBase = PanelUrlFromEnvironment();
   }
-  apiBase = TrimEndSlashes(PanelUrlFromEnvironment());
-  if (!apiBase.empty()) {
-    return std::make_unique<XboardControlPlane>(std::move(apiBase), sessionPath, L"", L"");
+  if (TrimEndSlashes(panel.apiBase).empty()) {
+    return std::make_unique<LocalControlPlane>(runtimeDir + L'\\' + kAccountFile, credentialPath);
   }
-  return std::make_unique<LocalControlPlane>(runtimeDir + L'\\' + kAccountFile, sessionPath);
+  return std::make_unique<XboardControlPlane>(panel.apiBase, credentialPath, panel.deviceApi,
+                                              panel.inviteBase);
 }
 
 }  // namespace vpn

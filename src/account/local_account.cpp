@@ -11,23 +11,18 @@
 
 namespace vpn {
 
-bool ReadTextFile(const std::wstring& path, std::string& text, std::wstring& error) {
+Status ReadTextFile(const std::wstring& path, std::string& text) {
   if (!ReadFileBytes(path, text)) {
-    error = L"cannot read " + path;
-    return false;
+    return Status::failure(L"cannot read " + path);
   }
   if (text.size() >= 3 && text.front() == '\xEF') {
     text.erase(0, 3);
   }
-  return true;
+  return Status::success();
 }
 
-bool WriteTextFile(const std::wstring& path, std::string_view text, std::wstring& error) {
-  if (!WriteFileBytes(path, text)) {
-    error = L"cannot write " + path;
-    return false;
-  }
-  return true;
+Status WriteTextFile(const std::wstring& path, std::string_view text) {
+  return WriteFileBytes(path, text) ? Status::success() : Status::failure(L"cannot write " + path);
 }
 
 std::string FlatJsonString(const std::string& json, std::string_view key) {

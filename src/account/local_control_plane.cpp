@@ -10,7 +10,10 @@
 namespace vpn {
 namespace {
 
-bool Unsupported(const wchar_t* text, std::wstring& error) {
+// How an operation ends that this environment does not offer.
+template <class... Outputs>
+bool Unsupported(const wchar_t* text, std::wstring& error, Outputs&... outputs) {
+  ((outputs = Outputs()), ...);
   error = text;
   return false;
 }
@@ -35,13 +38,13 @@ NodeInfo ReadNode(const std::string& account) {
 
 }  // namespace
 
-LocalControlPlane::LocalControlPlane(std::wstring account, std::wstring session)
-    : accountPath(std::move(account)), sessionPath(std::move(session)) {}
+LocalControlPlane::LocalControlPlane(std::wstring accountPath, std::wstring credentialPath)
+    : accountPath_(std::move(accountPath)), credentialPath_(std::move(credentialPath)) {}
 
 bool LocalControlPlane::login(const std::wstring& email, const std::wstring& password,
                               std::wstring& error) {
   std::string account;
-  if (!ReadTextFile(accountPath, account, error)) {
+  if (!Succeeded(ReadTextFile(accountPath_, account), error)) {
     return false;
   }
   if (email != ReadWide(account, "email") || password != ReadWide(account, "password")) {
@@ -54,21 +57,20 @@ bool LocalControlPlane::login(const std::wstring& email, const std::wstring& pas
     return false;
   }
   // Neither value is escaped; the reader does not decode either.
-  return WriteTextFile(
-      sessionPath, R"({"email":")" + WideToUtf8(email) + R"(","expireAt":")" + expireAt + "\"}\n",
-      error);
+  const std::string line =
+      R"({"email":")" + WideToUtf8(email) + R"(","expireAt":")" + expireAt + "\"}\n";
+  return Succeeded(WriteTextFile(credentialPath_, line), error);
 }
 
 bool LocalControlPlane::fetchAccount(AccountSession& session, std::wstring& error) {
   session = AccountSession();
   std::string stored;
-  std::wstring ignored;
-  if (!ReadTextFile(sessionPath, stored, ignored)) {
+  if (!ReadTextFile(credentialPath_, stored)) {
     error = L"not logged in";
     return false;
   }
   std::string account;
-  if (!ReadTextFile(accountPath, account, error)) {
+  if (!Succeeded(ReadTextFile(accountPath_, account), error)) {
     return false;
   }
   const std::string expireAt = FlatJsonString(account, "expireAt");
@@ -97,12 +99,11 @@ bool LocalControlPlane::fetchAccount(AccountSession& session, std::wstring& erro
 }
 
 bool LocalControlPlane::logout() {
-  return DeleteFileW(sessionPath.c_str()) != FALSE;
+  return DeleteFileW(credentialPath_.c_str()) != FALSE;
 }
 
 bool LocalControlPlane::fetchRegisterConfig(RegisterConfig& config, std::wstring& error) {
-  config = RegisterConfig();
-  return Unsupported(L"当前环境不支持注册", error);
+  return Unsupported(L"当前环境不支持注册", error, config);
 }
 
 bool LocalControlPlane::sendEmailCode(const std::wstring& /*email*/, std::wstring& error) {
@@ -123,32 +124,26 @@ bool LocalControlPlane::resetPassword(const std::wstring& /*email*/,
 }
 
 bool LocalControlPlane::fetchPlans(std::vector<PlanOption>& plans, std::wstring& error) {
-  plans.clear();
-  return Unsupported(L"当前环境不支持购买套餐", error);
+  return Unsupported(L"当前环境不支持购买套餐", error, plans);
 }
 
 bool LocalControlPlane::purchasePlan(std::int32_t /*planId*/, const std::wstring& /*period*/,
                                      PurchaseResult& result, std::wstring& error) {
-  result = PurchaseResult();
-  return Unsupported(L"当前环境不支持购买套餐", error);
+  return Unsupported(L"当前环境不支持购买套餐", error, result);
 }
 
 bool LocalControlPlane::checkOrderPaid(const std::wstring& /*tradeNo*/, bool& paid,
                                        std::wstring& error) {
-  paid = false;
-  return Unsupported(L"当前环境不支持查询订单", error);
+  return Unsupported(L"当前环境不支持查询订单", error, paid);
 }
 
 bool LocalControlPlane::fetchInvite(InviteInfo& info, std::wstring& error) {
-  info = InviteInfo();
-  return Unsupported(L"当前环境不支持邀请", error);
+  return Unsupported(L"当前环境不支持邀请", error, info);
 }
 
 bool LocalControlPlane::fetchReferrals(std::int32_t /*page*/, std::vector<ReferralRow>& rows,
                                        std::int32_t& total, std::wstring& error) {
-  rows.clear();
-  total = 0;
-  return Unsupported(L"当前环境不支持邀请", error);
+  return Unsupported(L"当前环境不支持邀请", error, rows, total);
 }
 
 bool LocalControlPlane::claimDevice(const std::wstring& /*deviceId*/, std::int32_t& used,

@@ -10,8 +10,8 @@ namespace vpn {
 // operations answer that this environment does not offer them.
 class LocalControlPlane : public ControlPlane {
  public:
-  // `account.json`, and the session file that makes the difference between signed in and not.
-  LocalControlPlane(std::wstring account, std::wstring session);
+  // `account.json`, and the file that makes the difference between signed in and not.
+  LocalControlPlane(std::wstring accountPath, std::wstring credentialPath);
 
   bool login(const std::wstring& email, const std::wstring& password, std::wstring& error) override;
   bool fetchAccount(AccountSession& session, std::wstring& error) override;
@@ -34,8 +34,8 @@ class LocalControlPlane : public ControlPlane {
                    std::wstring& error) override;
 
  private:
-  std::wstring accountPath;
-  std::wstring sessionPath;
+  std::wstring accountPath_;
+  std::wstring credentialPath_;
 };
 
 }  // namespace vpn

@@ -1,7 +1,9 @@
 #include "src/account/plan_options.h"
 
+#include <algorithm>
 #include <array>
 #include <cstdio>
+#include <functional>
 
 #include "src/common/text.h"
 #include "src/panel/json_reader.h"
@@ -28,7 +30,7 @@ std::wstring FormatNumber(double number, int decimals) {
   return Utf8ToWide(text.data());
 }
 
-// Panels give bytes or gigabytes; nobody sells a billion gigabytes.
+// Some panels give bytes and some gigabytes. What makes at least one gigabyte in bytes is bytes.
 std::wstring TrafficText(std::int64_t traffic) {
   constexpr std::int64_t kGigabyte = 1073741824;
   const auto number = static_cast<double>(traffic);
@@ -36,12 +38,8 @@ std::wstring TrafficText(std::int64_t traffic) {
          L" GB";
 }
 
-bool IsPaidByTime(const PlanOption& option) {
-  return option.days > 0 && option.priceCents > 0;
-}
-
-double PricePerDay(const PlanOption& option) {
-  return static_cast<double>(option.priceCents) / option.days;
+double PricePerDay(const PlanOption* option) {
+  return static_cast<double>(option->priceCents) / option->days;
 }
 
 void SetPrice(std::int64_t cents, PlanOption& option) {
@@ -59,8 +57,8 @@ void SetPrice(std::int64_t cents, PlanOption& option) {
 
 void AddPlanOption(const std::string& planJson, const PlanOption& plan, const Period& period,
                    std::vector<PlanOption>& plans) {
-  std::int64_t cents = 0;
-  if (!JsonOptionalInt(planJson, period.key, cents)) {
+  const std::optional<std::int64_t> cents = JsonOptionalInt(planJson, period.key);
+  if (!cents) {
     return;
   }
   PlanOption option = plan;
@@ -68,7 +66,7 @@ void AddPlanOption(const std::string& planJson, const PlanOption& plan, const Pe
   option.period = Utf8ToWide(period.key);
   option.periodLabel = period.label;
   option.durationLabel = period.duration;
-  SetPrice(cents, option);
+  SetPrice(*cents, option);
   plans.push_back(option);
 }
 
@@ -89,31 +87,18 @@ void AddPlan(const std::string& planJson, std::vector<PlanOption>& plans) {
 }
 
 void TagBestOffers(std::vector<PlanOption>& plans) {
-  constexpr double kNoPrice = 1e18;
-  double bestPrice = kNoPrice;
-  double secondPrice = kNoPrice;
-  PlanOption* best = nullptr;
-  PlanOption* second = nullptr;
+  std::vector<PlanOption*> offers;
   for (PlanOption& option : plans) {
-    if (!IsPaidByTime(option)) {
-      continue;
-    }
-    const double price = PricePerDay(option);
-    if (price < bestPrice) {
-      secondPrice = bestPrice;
-      second = best;
-      bestPrice = price;
-      best = &option;
-    } else if (price < secondPrice) {
-      secondPrice = price;
-      second = &option;
+    if (option.days > 0 && option.priceCents > 0) {
+      offers.push_back(&option);
     }
   }
-  if (best != nullptr) {
-    best->tag = L"超值套餐";
+  std::ranges::stable_sort(offers, std::less(), PricePerDay);
+  if (!offers.empty()) {
+    offers[0]->tag = L"超值套餐";
   }
-  if (second != nullptr) {
-    second->tag = L"最受欢迎";
+  if (offers.size() > 1) {
+    offers[1]->tag = L"最受欢迎";
   }
 }
 

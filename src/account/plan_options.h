@@ -13,7 +13,8 @@ namespace vpn {
 // positive id, and a period without a price of 0 or more, gives none.
 void AddPlan(const std::string& planJson, std::vector<PlanOption>& plans);
 
-// Tags the two rows with the lowest price per day; free and one-time rows take no part.
+// Tags the two rows with the lowest price per day, of equal ones the first; free and one-time rows
+// take no part.
 void TagBestOffers(std::vector<PlanOption>& plans);
 
 }  // namespace vpn

@@ -1,16 +1,16 @@
 // The account's state and its nodes: first from the subscription, and only if that gives nothing
 // from the panel's server list.
+#include "src/account/failure_text.h"
 #include "src/account/xboard_control_plane.h"
 #include "src/common/text.h"
 #include "src/panel/account_reply.h"
 #include "src/panel/json_reader.h"
-#include "src/panel/panel_call.h"
 #include "src/panel/subscription.h"
 
 namespace vpn {
 namespace {
 
-// What a panel hands out depends on the client that asks; to this one it gives vless:// links.
+// Panels choose a subscription's format by the user agent; to this one they send vless:// links.
 constexpr wchar_t kSubscriptionAgent[] = L"v2rayN/6.45";
 
 std::int32_t Narrow(std::int64_t value) {
@@ -34,15 +34,12 @@ void ReadPlan(const std::string& data, AccountSession& session) {
 
 void ReadAccount(const std::string& data, const std::wstring& knownEmail, AccountSession& session) {
   session.expiresAt = ParseExpiredAt(data);
-  session.email = Utf8ToWide(JsonString(data, "email"));
-  if (session.email.empty()) {
-    session.email = knownEmail;
-  }
+  session.email = FirstText({Utf8ToWide(JsonString(data, "email")), knownEmail});
   session.expiryDate = DateText(session.expiresAt);
   ReadPlan(data, session);
   session.deviceUsed = 0;
   session.transferEnable = JsonInt(data, "transfer_enable", 0);
-  // Unsigned, so that whatever the panel sends has a sum.
+  // Unsigned, since the panel may send any numbers and a signed sum could overflow.
   session.transferUsed =
       static_cast<std::int64_t>(static_cast<std::uint64_t>(JsonInt(data, "u", 0)) +
                                 static_cast<std::uint64_t>(JsonInt(data, "d", 0)));
@@ -60,60 +57,55 @@ std::wstring SubscriptionUrl(const std::string& data, const std::wstring& apiBas
   return apiBase + L"/api/v1/client/subscribe?token=" + Utf8ToWide(token);
 }
 
-// A subscription that fails is not fatal. True when its failure's text went into `error`, which it
-// does only if none stood there before.
-bool FetchSubscription(const std::wstring& url, std::vector<NodeInfo>& nodes, std::wstring& error) {
-  std::string text;
-  std::wstring failure;
-  if (HttpRequest(L"GET", url, L"", "", L"", text, failure, kSubscriptionAgent, nullptr)) {
-    ParseSubscription(text, nodes);
-    return false;
+// The text of a failure; empty when there was none, or nothing to fetch. A subscription that fails
+// is not fatal.
+std::wstring FetchSubscription(const std::wstring& url, std::vector<NodeInfo>& nodes) {
+  if (url.empty()) {
+    return {};
   }
-  const bool kept = error.empty();
-  if (kept) {
-    error = failure;
+  const PanelReply reply = PanelClient{.base = url, .userAgent = kSubscriptionAgent}.get(L"");
+  if (reply.ok()) {
+    ParseSubscription(reply.body, nodes);
   }
-  return kept;
+  return reply.error;
 }
 
 }  // namespace
 
 bool XboardControlPlane::fetchAccount(AccountSession& session, std::wstring& error) {
-  if (!requireSignIn(error)) {
-    return false;
-  }
   std::string response;
-  if (!GetFromPanel(apiBase + L"/api/v1/user/getSubscribe", authData, response, error)) {
+  if (!Succeeded(fetch(L"/api/v1/user/getSubscribe", response), error)) {
     return false;
   }
   const std::string data = JsonDataObject(response);
   const std::wstring uuid = Utf8ToWide(JsonString(data, "uuid"));
-  ReadAccount(data, email, session);
+  ReadAccount(data, email_, session);
   if (!session.hasPlan || session.expired || uuid.empty()) {
     return true;
   }
-  const std::wstring url = SubscriptionUrl(data, apiBase);
-  const bool keepError = !url.empty() && FetchSubscription(url, session.nodes, error);
-  return !session.nodes.empty() || fetchServers(uuid, keepError, session.nodes, error);
+  std::wstring failure = FetchSubscription(SubscriptionUrl(data, panel_.base), session.nodes);
+  if (error.empty()) {
+    error = failure;
+  } else {
+    failure.clear();  // a text of the caller's hides it
+  }
+  return !session.nodes.empty() || Succeeded(fetchServers(uuid, failure, session.nodes), error);
 }
 
-bool XboardControlPlane::fetchServers(const std::wstring& uuid, bool keepError,
-                                      std::vector<NodeInfo>& nodes, std::wstring& error) {
-  std::string response;
-  std::wstring failure;
-  if (!GetFromPanel(apiBase + L"/api/v1/user/server/fetch", authData, response, failure)) {
-    if (!keepError) {
-      error = failure.empty() ? L"无法获取订阅节点" : failure;
-    }
-    return false;
+Status XboardControlPlane::fetchServers(const std::wstring& uuid,
+                                        const std::wstring& subscriptionError,
+                                        std::vector<NodeInfo>& nodes) const {
+  const PanelReply reply = panel_.get(L"/api/v1/user/server/fetch");
+  if (!reply.ok()) {
+    return Status::failure(FirstText({subscriptionError, reply.error, L"无法获取订阅节点"}));
   }
-  const std::vector<std::string> servers = JsonObjectArray(response, "data");
+  const std::vector<std::string> servers = JsonObjectArray(reply.body, "data");
   nodes = NodesFromServers(servers, uuid);
-  if (nodes.empty()) {
-    error = servers.empty() ? L"面板未下发可用节点，请确认节点已显示且套餐权限组一致"
-                            : L"面板节点缺少地址，订阅里也没有可解析的 VLESS Reality";
+  if (!nodes.empty()) {
+    return Status::success();
   }
-  return !nodes.empty();
+  return Status::failure(servers.empty() ? L"面板未下发可用节点，请确认节点已显示且套餐权限组一致"
+                                         : L"面板节点缺少地址，订阅里也没有可解析的 VLESS Reality");
 }
 
 }  // namespace vpn

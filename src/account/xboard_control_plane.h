@@ -3,29 +3,30 @@
 #define TAVRIN_SRC_ACCOUNT_XBOARD_CONTROL_PLANE_H_
 
 #include "src/account/control_plane.h"
+#include "src/panel/panel_client.h"
 
 namespace vpn {
 
-// Signed in exactly when there is a credential, from the session file or from a login. It is sent
-// to the panel's and the device service's addresses only, though whither these redirect is their
-// affair, and so is what it looks like. Nothing is retried unless an operation says so.
+// Signed in exactly when there is a credential, from the credential file or from a login. It is
+// never looked into, and is sent to the panel's and the device service's addresses only; when one
+// of these answers with a redirect, the platform follows it and sends the credential along. Nothing
+// is retried unless an operation says so.
 class XboardControlPlane : public ControlPlane {
  public:
-  // Takes the slashes off the ends of the three addresses and loads the earlier session from
-  // `session`, a file. A missing or damaged file means signed out. No network work.
-  XboardControlPlane(std::wstring api, std::wstring session, std::wstring device,
-                     std::wstring invite);
+  // Takes the slashes off the ends of the three addresses and loads the credential file. A missing
+  // or damaged file means signed out. No network work.
+  XboardControlPlane(std::wstring apiBase, std::wstring credentialPath, std::wstring deviceApi,
+                     std::wstring inviteBase);
 
-  bool login(const std::wstring& address, const std::wstring& password,
-             std::wstring& error) override;
+  bool login(const std::wstring& email, const std::wstring& password, std::wstring& error) override;
   bool fetchAccount(AccountSession& session, std::wstring& error) override;
   bool logout() override;
   bool fetchRegisterConfig(RegisterConfig& config, std::wstring& error) override;
-  bool sendEmailCode(const std::wstring& address, std::wstring& error) override;
-  bool registerAccount(const std::wstring& address, const std::wstring& password,
+  bool sendEmailCode(const std::wstring& email, std::wstring& error) override;
+  bool registerAccount(const std::wstring& email, const std::wstring& password,
                        const std::wstring& inviteCode, const std::wstring& emailCode,
                        std::wstring& error) override;
-  bool resetPassword(const std::wstring& address, const std::wstring& emailCode,
+  bool resetPassword(const std::wstring& email, const std::wstring& emailCode,
                      const std::wstring& newPassword, std::wstring& error) override;
   bool fetchPlans(std::vector<PlanOption>& plans, std::wstring& error) override;
   bool purchasePlan(std::int32_t planId, const std::wstring& period, PurchaseResult& result,
@@ -38,40 +39,31 @@ class XboardControlPlane : public ControlPlane {
                    std::wstring& error) override;
 
  private:
-  void loadSession();
-  // Signed in as `address` with the credential of the moment; false when the file can't be saved,
-  // with the object signed in all the same.
-  bool keepSession(const std::wstring& address, std::wstring& error);
+  // Fails for a user who is signed out.
+  Status requireSignIn() const;
 
-  // False with the text for a user who is signed out.
-  bool requireSignIn(std::wstring& error) const;
+  // Signed in with this credential, even when it can't be saved.
+  Status signIn(const std::wstring& email, const std::wstring& authData);
 
-  // The fall-back of `fetchAccount`: replaces `nodes` by those of the server list. `keepError`: a
-  // failed request leaves the text that the subscription's failure put into `error`.
-  bool fetchServers(const std::wstring& uuid, bool keepError, std::vector<NodeInfo>& nodes,
-                    std::wstring& error);
+  // `body` is what stands behind a path for a user who is signed in.
+  Status fetch(const std::wstring& path, std::string& body) const;
 
-  // Cancels an order; an empty number is none. The outcome is nobody's concern.
-  void CancelOrder(const std::string& tradeNo);
-  // Cancels the orders that an earlier attempt left open, since with one the panel refuses the
-  // next.
-  void CancelOpenOrders();
-  // `tradeNo` is the panel's order number, in UTF-8.
-  bool PlaceOrder(std::int32_t planId, const std::wstring& period, std::string& tradeNo,
-                  std::wstring& error);
-  // Finishes a purchase whose order has been placed.
-  bool CheckOut(const std::string& tradeNo, PurchaseResult& result, std::wstring& error);
-  // Id of the first payment method that the panel lists, 0 when there is none.
-  std::int64_t FirstPaymentMethod();
+  // Replaces `nodes` by those of the server list. A failed request tells `subscriptionError` unless
+  // that is empty.
+  Status fetchServers(const std::wstring& uuid, const std::wstring& subscriptionError,
+                      std::vector<NodeInfo>& nodes) const;
+
+  // Finishes a purchase whose order has been placed; its number is in UTF-8.
+  Status checkOut(const std::string& tradeNo, PurchaseResult& result) const;
+
   // Base of invite links, without a slash at its end.
-  std::wstring InviteLinkBase() const;
+  std::wstring inviteLinkBase() const;
 
-  std::wstring apiBase;
-  std::wstring sessionPath;
-  std::wstring deviceApi;
-  std::wstring inviteBase;
-  std::wstring authData;  // the credential; empty means signed out
-  std::wstring email;     // the signed-in address
+  PanelClient panel_;
+  std::wstring credentialPath_;
+  std::wstring deviceApi_;
+  std::wstring inviteBase_;
+  std::wstring email_;  // of the user who is signed in
 };
 
 }  // namespace vpn

@@ -1,8 +1,7 @@
-#include "src/account/panel_session.h"
+#include "src/account/failure_text.h"
 #include "src/account/xboard_control_plane.h"
-#include "src/common/text.h"
 #include "src/panel/json_reader.h"
-#include "src/panel/panel_call.h"
+#include "src/panel/request_text.h"
 
 namespace vpn {
 namespace {
@@ -19,28 +18,24 @@ bool XboardControlPlane::claimDevice(const std::wstring& deviceId, std::int32_t&
                                      std::int32_t& limit, std::wstring& error) {
   used = 0;
   limit = 0;
-  if (deviceApi.empty()) {
+  if (deviceApi_.empty()) {
     return true;  // no device service: everything is allowed
   }
-  if (!requireSignIn(error)) {
+  if (!Succeeded(requireSignIn(), error)) {
     return false;
   }
   if (deviceId.empty() || deviceId == L"unknown-device") {
     error = L"无法识别这台电脑";
     return false;
   }
-  std::string response;
-  if (!PostToPanel(deviceApi + L"/claim", authData,
-                   R"({"device_id":")" + JsonEscape(WideToUtf8(deviceId)) + R"("})", response,
-                   error)) {
-    PreferPanelMessage(response, error);
-    if (error.empty()) {
-      error = L"设备登记失败";  // GCOVR_EXCL_LINE: so far every failed request has a text
-    }
+  const PanelClient devices = {deviceApi_, panel_.credential};
+  const PanelReply reply = devices.post(L"/claim", JsonBody().addText("device_id", deviceId).str());
+  if (!reply.ok()) {
+    error = FirstText({MessageIn(reply.body), reply.error, L"设备登记失败"});
     return false;
   }
-  used = ReadCount(response, "used");
-  limit = ReadCount(response, "limit");
+  used = ReadCount(reply.body, "used");
+  limit = ReadCount(reply.body, "limit");
   return true;
 }
 

@@ -1,10 +1,9 @@
+#include <algorithm>
+
 #include "src/account/xboard_control_plane.h"
 #include "src/common/text.h"
 #include "src/panel/endpoints.h"
 #include "src/panel/json_reader.h"
-#include "src/panel/panel_call.h"
-
-#include <algorithm>
 
 namespace vpn {
 namespace {
@@ -31,13 +30,13 @@ void ReadStatistics(const std::string& response, InviteInfo& info) {
 
 }  // namespace
 
-std::wstring XboardControlPlane::InviteLinkBase() const {
-  if (!inviteBase.empty()) {
-    return TrimEndSlashes(inviteBase);
+std::wstring XboardControlPlane::inviteLinkBase() const {
+  if (!inviteBase_.empty()) {
+    return inviteBase_;
   }
   // The panel's web site stands beside its API's host; only scheme and host are wanted.
   constexpr std::wstring_view kApiLabel = L"://api.";
-  std::wstring base = apiBase;
+  std::wstring base = panel_.base;
   const size_t label = base.find(kApiLabel);
   if (label != std::wstring::npos) {
     base.replace(label, kApiLabel.size(), L"://");
@@ -51,20 +50,17 @@ std::wstring XboardControlPlane::InviteLinkBase() const {
 
 bool XboardControlPlane::fetchInvite(InviteInfo& info, std::wstring& error) {
   info = InviteInfo();
-  if (!requireSignIn(error)) {
-    return false;
-  }
-  const std::wstring fetchUrl = apiBase + L"/api/v1/user/invite/fetch";
+  const std::wstring path = L"/api/v1/user/invite/fetch";
   std::string response;
-  if (!GetFromPanel(fetchUrl, authData, response, error)) {
+  if (!Succeeded(fetch(path, response), error)) {
     return false;
   }
   std::string code = FirstInviteCode(response);
-  std::wstring ignored;
   if (code.empty()) {
-    std::string made;
-    (void)GetFromPanel(apiBase + L"/api/v1/user/invite/save", authData, made, ignored);
-    if (GetFromPanel(fetchUrl, authData, response, ignored)) {
+    (void)panel_.get(L"/api/v1/user/invite/save");  // makes a code; the next answer tells
+    PanelReply again = panel_.get(path);
+    if (again.ok()) {
+      response = std::move(again.body);
       code = FirstInviteCode(response);
     }
     if (code.empty()) {
@@ -73,11 +69,11 @@ bool XboardControlPlane::fetchInvite(InviteInfo& info, std::wstring& error) {
     }
   }
   info.code = Utf8ToWide(code);
-  info.link = InviteLinkBase() + L"/i/?c=" + info.code;
+  info.link = inviteLinkBase() + L"/i/?c=" + info.code;
   ReadStatistics(response, info);
-  std::string account;
-  if (GetFromPanel(apiBase + L"/api/v1/user/info", authData, account, ignored)) {
-    info.balance = JsonInt(JsonDataObject(account), "balance", 0);
+  const PanelReply account = panel_.get(L"/api/v1/user/info");
+  if (account.ok()) {
+    info.balance = JsonInt(JsonDataObject(account.body), "balance", 0);
   }
   return true;
 }
@@ -86,13 +82,11 @@ bool XboardControlPlane::fetchReferrals(std::int32_t page, std::vector<ReferralR
                                         std::int32_t& total, std::wstring& error) {
   rows.clear();
   total = 0;
-  if (!requireSignIn(error)) {
-    return false;
-  }
   std::string response;
-  if (!GetFromPanel(
-          apiBase + L"/api/v1/user/tvn_invite/referrals?page=" + std::to_wstring(std::max(page, 1)),
-          authData, response, error)) {
+  if (!Succeeded(
+          fetch(L"/api/v1/user/tvn_invite/referrals?page=" + std::to_wstring(std::max(page, 1)),
+                response),
+          error)) {
     return false;
   }
   total = static_cast<std::int32_t>(JsonInt(response, "total", 0));

@@ -2,12 +2,12 @@
 // orders are cancelled first, and once more when the panel complains all the same.
 #include <algorithm>
 
-#include "src/account/panel_session.h"
+#include "src/account/failure_text.h"
 #include "src/account/xboard_control_plane.h"
 #include "src/common/deployment.h"
 #include "src/common/text.h"
 #include "src/panel/json_reader.h"
-#include "src/panel/panel_call.h"
+#include "src/panel/request_text.h"
 
 namespace vpn {
 namespace {
@@ -23,8 +23,8 @@ bool Contains(const std::wstring& text, const wchar_t* part) {
 }
 
 bool IsPendingOrderError(const std::wstring& text) {
-  return std::any_of(std::begin(kPendingWords), std::end(kPendingWords),
-                     [&](const wchar_t* word) { return Contains(text, word); });
+  return std::ranges::any_of(kPendingWords,
+                             [&](const wchar_t* word) { return Contains(text, word); });
 }
 
 // A line for the panel's operator rather than for the user.
@@ -45,135 +45,113 @@ std::int64_t OrderType(const std::string& response) {
   return type == kNoType ? JsonInt(JsonDataObject(response), "type", kNoType) : type;
 }
 
+// An empty number is none. The outcome is not looked at.
+void CancelOrder(const PanelClient& panel, const std::string& tradeNo) {
+  if (!tradeNo.empty()) {
+    (void)panel.post(L"/api/v1/user/order/cancel", JsonBody().addUtf8("trade_no", tradeNo).str());
+  }
+}
+
+void CancelOrdersIn(const PanelReply& list, const PanelClient& panel, bool onlyOpen) {
+  for (const std::string& order : JsonObjectArray(list.ok() ? list.body : "", "data")) {
+    if (!onlyOpen || JsonInt(order, "status", -1) == 0) {
+      CancelOrder(panel, JsonString(order, "trade_no"));
+    }
+  }
+}
+
+// Cancels the orders that an earlier attempt left open. A panel that knows no filter is asked to
+// cancel everything it lists, and refuses what is not open; one that filters differently gets a
+// second chance with the whole list.
+void CancelOpenOrders(const PanelClient& panel) {
+  CancelOrdersIn(panel.get(L"/api/v1/user/order/fetch?status=0"), panel, false);
+  CancelOrdersIn(panel.get(L"/api/v1/user/order/fetch"), panel, true);
+}
+
+// `tradeNo` is the panel's order number, in UTF-8.
+Status PlaceOrder(const PanelClient& panel, std::int32_t planId, const std::wstring& period,
+                  std::string& tradeNo) {
+  const PanelReply reply =
+      panel.post(L"/api/v1/user/order/save",
+                 JsonBody().addNumber("plan_id", planId).addText("period", period).str());
+  if (!reply.ok()) {
+    return Status::failure(FirstText({MessageIn(reply.body), reply.error}));
+  }
+  tradeNo = StringHereOrInData(reply.body, "data", "trade_no");
+  return tradeNo.empty() ? Status::failure(L"下单失败，未返回订单号") : Status::success();
+}
+
+// Id of the first payment method that the panel lists, 0 when there is none.
+std::int64_t FirstPaymentMethod(const PanelClient& panel) {
+  const PanelReply reply = panel.get(L"/api/v1/user/order/getPaymentMethod");
+  if (!reply.ok()) {
+    return 0;
+  }
+  const std::vector<std::string> methods = JsonObjectArray(reply.body, "data");
+  return methods.empty() ? 0 : JsonInt(methods.front(), "id", 0);
+}
+
 }  // namespace
-
-void XboardControlPlane::CancelOrder(const std::string& tradeNo) {
-  if (tradeNo.empty()) {
-    return;
-  }
-  std::string response;
-  std::wstring ignored;
-  (void)PostToPanel(apiBase + L"/api/v1/user/order/cancel", authData,
-                    R"({"trade_no":")" + JsonEscape(tradeNo) + R"("})", response, ignored);
-}
-
-void XboardControlPlane::CancelOpenOrders() {
-  std::string open;
-  std::wstring ignored;
-  if (GetFromPanel(apiBase + L"/api/v1/user/order/fetch?status=0", authData, open, ignored)) {
-    for (const std::string& order : JsonObjectArray(open, "data")) {
-      CancelOrder(JsonString(order, "trade_no"));
-    }
-  }
-  // A panel that knows no filter was asked to cancel everything it listed, and refuses what is not
-  // open; one that filters differently gets a second chance here.
-  std::string all;
-  if (GetFromPanel(apiBase + L"/api/v1/user/order/fetch", authData, all, ignored)) {
-    for (const std::string& order : JsonObjectArray(all, "data")) {
-      if (JsonInt(order, "status", -1) == 0) {
-        CancelOrder(JsonString(order, "trade_no"));
-      }
-    }
-  }
-}
-
-bool XboardControlPlane::PlaceOrder(std::int32_t planId, const std::wstring& period,
-                                    std::string& tradeNo, std::wstring& error) {
-  const std::string body = R"({"plan_id":)" + std::to_string(planId) + R"(,"period":")" +
-                           JsonEscape(WideToUtf8(period)) + R"("})";
-  std::string response;
-  if (!PostToPanel(apiBase + L"/api/v1/user/order/save", authData, body, response, error)) {
-    PreferPanelMessage(response, error);
-    return false;
-  }
-  tradeNo = StringHereOrInData(response, "data", "trade_no");
-  if (tradeNo.empty()) {
-    error = L"下单失败，未返回订单号";
-    return false;
-  }
-  return true;
-}
 
 bool XboardControlPlane::purchasePlan(std::int32_t planId, const std::wstring& period,
                                       PurchaseResult& result, std::wstring& error) {
   result = PurchaseResult();
-  if (!requireSignIn(error)) {
+  if (!Succeeded(requireSignIn(), error)) {
     return false;
   }
-  CancelOpenOrders();
+  CancelOpenOrders(panel_);
   std::string tradeNo;
-  if (!PlaceOrder(planId, period, tradeNo, error)) {
-    if (!IsPendingOrderError(error)) {
-      return false;
-    }
-    CancelOpenOrders();
+  Status placed = PlaceOrder(panel_, planId, period, tradeNo);
+  if (IsPendingOrderError(placed.text())) {
+    CancelOpenOrders(panel_);
     error.clear();
-    if (!PlaceOrder(planId, period, tradeNo, error)) {
-      if (IsPendingOrderError(error)) {
-        error = L"上一笔订单还在处理。未付款可再点一次购买；若已付款请关闭后刷新会员";
-      }
-      return false;
+    placed = PlaceOrder(panel_, planId, period, tradeNo);
+    if (IsPendingOrderError(placed.text())) {
+      placed =
+          Status::failure(L"上一笔订单还在处理。未付款可再点一次购买；若已付款请关闭后刷新会员");
     }
   }
-  return CheckOut(tradeNo, result, error);
+  return Succeeded(placed.andThen([&] { return checkOut(tradeNo, result); }), error);
 }
 
-std::int64_t XboardControlPlane::FirstPaymentMethod() {
-  std::string response;
-  std::wstring ignored;
-  if (!GetFromPanel(apiBase + L"/api/v1/user/order/getPaymentMethod", authData, response,
-                    ignored)) {
-    return 0;
-  }
-  const std::vector<std::string> methods = JsonObjectArray(response, "data");
-  return methods.empty() ? 0 : JsonInt(methods.front(), "id", 0);
-}
-
-bool XboardControlPlane::CheckOut(const std::string& tradeNo, PurchaseResult& result,
-                                  std::wstring& error) {
+Status XboardControlPlane::checkOut(const std::string& tradeNo, PurchaseResult& result) const {
   result.tradeNo = Utf8ToWide(tradeNo);
-  const std::int64_t method = FirstPaymentMethod();
-  std::string body = R"({"trade_no":")" + JsonEscape(tradeNo) + '"';
+  const std::int64_t method = FirstPaymentMethod(panel_);
+  JsonBody body;
+  body.addUtf8("trade_no", tradeNo);
   if (method > 0) {
-    body += R"(,"method":)" + std::to_string(method);
+    body.addNumber("method", method);
   }
-  std::string response;
-  std::wstring failure;
-  if (!PostToPanel(apiBase + L"/api/v1/user/order/checkout", authData, body + "}", response,
-                   failure)) {
-    PreferPanelMessage(response, failure);
-    const bool needsSetup =
-        method <= 0 || Contains(failure, L"Payment method") || Contains(failure, L"not available");
-    error = needsSetup ? PaymentSetupText() : failure;
-    CancelOrder(tradeNo);
-    return false;
-  }
-  if (OrderType(response) == kNothingToPay) {
+  const PanelReply reply = panel_.post(L"/api/v1/user/order/checkout", body.str());
+  const std::wstring failure =
+      reply.ok() ? std::wstring() : FirstText({MessageIn(reply.body), reply.error});
+  if (reply.ok() && OrderType(reply.body) == kNothingToPay) {
     result.activated = true;
     result.message = L"套餐已开通";
-    return true;
+    return Status::success();
   }
-  if (method <= 0) {
-    error = PaymentSetupText();
-    CancelOrder(tradeNo);
-    return false;
+  if (!reply.ok() || method <= 0) {
+    CancelOrder(panel_, tradeNo);
+    const bool needsSetup =
+        method <= 0 || Contains(failure, L"Payment method") || Contains(failure, L"not available");
+    return Status::failure(needsSetup ? PaymentSetupText() : failure);
   }
-  result.payUrl = Utf8ToWide(StringHereOrInData(response, "data", "data"));
+  result.payUrl = Utf8ToWide(StringHereOrInData(reply.body, "data", "data"));
   result.message = result.payUrl.empty() ? L"请到面板完成支付" : L"已打开支付页面";
-  return true;
+  return Status::success();
 }
 
 bool XboardControlPlane::checkOrderPaid(const std::wstring& tradeNo, bool& paid,
                                         std::wstring& error) {
   paid = false;
-  if (authData.empty() || tradeNo.empty()) {
-    error = L"请先登录";
+  if (tradeNo.empty()) {
+    error = L"请先登录";  // an empty number is answered like a missing sign-in
     return false;
   }
-  const std::wstring url =
-      apiBase + L"/api/v1/user/order/check?trade_no=" + Utf8ToWide(UrlEncode(WideToUtf8(tradeNo)));
   std::string response;
-  if (!GetFromPanel(url, authData, response, error)) {
+  const std::wstring path =
+      L"/api/v1/user/order/check?trade_no=" + Utf8ToWide(UrlEncode(WideToUtf8(tradeNo)));
+  if (!Succeeded(fetch(path, response), error)) {
     return false;
   }
   const std::int64_t state =

@@ -27,7 +27,7 @@ std::int64_t PlausibleSeconds(std::int64_t value) {
 std::int64_t EndOfDay(int year, int month, int day) {
   std::tm date = {};
   date.tm_year = year - 1900;
-  // Unsigned, since the panel may send any number.
+  // Unsigned, since the panel may send any number and a signed difference could overflow.
   date.tm_mon = static_cast<int>(static_cast<unsigned>(month) - 1U);
   date.tm_mday = day;
   date.tm_hour = 23;

@@ -1,8 +1,10 @@
 #include "src/panel/json_reader.h"
 
+#include <algorithm>
 #include <cstdlib>
 
 #include "src/common/key_scan.h"
+#include "src/common/text.h"
 
 namespace vpn {
 namespace {
@@ -54,6 +56,44 @@ std::vector<std::string> SplitObjects(std::string_view span) {
   return objects;
 }
 
+bool IsHexDigit(char c) {
+  return HexDigitValue(c) >= 0;
+}
+
+void AppendUtf8(unsigned unit, std::string& out) {
+  if (unit < 0x80) {
+    out += static_cast<char>(unit);
+  } else if (unit < 0x800) {
+    out += static_cast<char>(0xC0 | (unit >> 6));
+    out += static_cast<char>(0x80 | (unit & 0x3F));
+  } else {
+    out += static_cast<char>(0xE0 | (unit >> 12));
+    out += static_cast<char>(0x80 | ((unit >> 6) & 0x3F));
+    out += static_cast<char>(0x80 | (unit & 0x3F));
+  }
+}
+
+// Decodes the escape at the front of `rest` and returns its length in bytes. Every other byte is
+// copied, and so is the backslash of an unknown escape.
+size_t DecodeFront(std::string_view rest, std::string& out) {
+  const char next = rest.front() == '\\' && rest.size() > 1 ? rest[1] : '\0';
+  if (next == '"' || next == '/' || next == '\\') {
+    out += next;
+    return 2;
+  }
+  if (next == 'n') {
+    out += '\n';
+    return 2;
+  }
+  const std::string_view digits = rest.substr(std::min<size_t>(2, rest.size()), 4);
+  if (next == 'u' && digits.size() == 4 && std::all_of(digits.begin(), digits.end(), IsHexDigit)) {
+    AppendUtf8(static_cast<unsigned>(std::strtoul(std::string(digits).c_str(), nullptr, 16)), out);
+    return 6;
+  }
+  out += rest.front();
+  return 1;
+}
+
 }  // namespace
 
 std::string JsonDataObject(const std::string& body) {
@@ -88,15 +128,13 @@ std::vector<std::int64_t> JsonNumberArray(const std::string& text, std::string_v
   if (close == kNone) {
     return {};
   }
+  constexpr std::string_view kBytes = "0123456789-.";
+  const std::string list = text.substr(open, close + 1 - open);
   std::vector<std::int64_t> numbers;
-  std::string token;
-  for (size_t at = open + 1; at <= close; ++at) {
-    if (std::string_view("0123456789-.").find(text[at]) != std::string_view::npos) {
-      token += text[at];
-    } else if (!token.empty()) {
-      numbers.push_back(Truncate(std::atof(token.c_str())));
-      token.clear();
-    }
+  for (size_t at = list.find_first_of(kBytes); at != kNone;) {
+    const size_t end = list.find_first_not_of(kBytes, at);
+    numbers.push_back(Truncate(std::atof(list.substr(at, end - at).c_str())));
+    at = list.find_first_of(kBytes, end);
   }
   return numbers;
 }
@@ -118,13 +156,13 @@ std::int64_t JsonInt(const std::string& text, std::string_view key, std::int64_t
   return ReadNumber(text, at < text.size() && text[at] == '"' ? at + 1 : at);
 }
 
-bool JsonOptionalInt(const std::string& text, std::string_view key, std::int64_t& out) {
+std::optional<std::int64_t> JsonOptionalInt(const std::string& text, std::string_view key) {
   const size_t at = FindValue(text, key);
   if (at == kNone || at >= text.size() || text.compare(at, 4, "null") == 0) {
-    return false;
+    return std::nullopt;
   }
-  out = ReadNumber(text, at);
-  return out >= 0;
+  const std::int64_t number = ReadNumber(text, at);
+  return number >= 0 ? std::optional(number) : std::nullopt;
 }
 
 bool JsonBool(const std::string& text, std::string_view key) {
@@ -133,6 +171,14 @@ bool JsonBool(const std::string& text, std::string_view key) {
     return false;
   }
   return text.compare(at, 4, "true") == 0 || ReadNumber(text, at) != 0;
+}
+
+std::string JsonUnescape(std::string_view text) {
+  std::string decoded;
+  for (size_t at = 0; at < text.size();) {
+    at += DecodeFront(text.substr(at), decoded);
+  }
+  return decoded;
 }
 
 }  // namespace vpn

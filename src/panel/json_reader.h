@@ -6,6 +6,7 @@
 #define TAVRIN_SRC_PANEL_JSON_READER_H_
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -34,15 +35,12 @@ std::string JsonString(const std::string& text, std::string_view key);
 // key or colon.
 std::int64_t JsonInt(const std::string& text, std::string_view key, std::int64_t fallback);
 
-// True when a number of 0 or more was read; a negative one is stored and answers false. `null` and
-// a missing value answer false and leave `out`. A quoted number reads as 0.
-bool JsonOptionalInt(const std::string& text, std::string_view key, std::int64_t& out);
+// A number of 0 or more; nothing for a negative one, for `null` and for a missing value. A quoted
+// number reads as 0.
+std::optional<std::int64_t> JsonOptionalInt(const std::string& text, std::string_view key);
 
 // `true`, or a number other than 0.
 bool JsonBool(const std::string& text, std::string_view key);
-
-// For short values in bodies that the program writes: double quote, backslash and line feed only.
-std::string JsonEscape(std::string_view text);
 
 // Undoes \" \/ \\ \n and \uXXXX (each unit by itself, surrogates included); every other escape
 // stays as it is.

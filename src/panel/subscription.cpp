@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "src/common/text.h"
+#include "src/panel/subscription_internal.h"
 
 namespace vpn {
 namespace {
@@ -15,24 +16,24 @@ namespace {
 constexpr std::string_view kScheme = "vless://";
 constexpr size_t kNone = std::string_view::npos;
 
-// What panels call the links that tell the user something.
+// Panels add links that lead nowhere and whose name is a notice to the user: traffic left, expiry
+// of the plan, time to the next reset, nodes filtered out.
 constexpr const wchar_t* kNoticeMarkers[] = {L"剩余流量", L"套餐到期", L"距离下次", L"过滤掉"};
 
 bool IsNotice(const std::wstring& name) {
-  return std::any_of(
-      std::begin(kNoticeMarkers), std::end(kNoticeMarkers),
-      [&](const wchar_t* marker) { return name.find(marker) != std::wstring::npos; });
+  return std::ranges::any_of(kNoticeMarkers, [&](const wchar_t* marker) {
+    return name.find(marker) != std::wstring::npos;
+  });
 }
 
 // The links in plain text; a text that is no base64 of links is taken as it stands.
 std::string PlainLinks(const std::string& text) {
   const size_t first = text.find_first_not_of(" \t\r\n");
-  std::string decoded;
-  if (first == std::string::npos || std::string_view(text).substr(first).starts_with(kScheme) ||
-      !DecodeBase64(text, decoded) || decoded.find(kScheme) == std::string::npos) {
+  if (first == std::string::npos || std::string_view(text).substr(first).starts_with(kScheme)) {
     return text;
   }
-  return decoded;
+  const std::optional<std::string> decoded = DecodeBase64(text);
+  return decoded && decoded->find(kScheme) != std::string::npos ? *decoded : text;
 }
 
 struct HostPort {
@@ -40,22 +41,15 @@ struct HostPort {
   int port = 0;
 };
 
-bool SplitHostPort(const std::string& text, HostPort& out) {
-  if (text.starts_with('[')) {
-    const size_t close = text.find(']');
-    if (close == std::string::npos) {
-      return false;
-    }
-    const std::string rest = text.substr(close + 1);
-    out = {text.substr(1, close - 1), rest.starts_with(':') ? std::atoi(rest.c_str() + 1) : 0};
-    return true;
+// No host without the bracket or colon that ends it.
+HostPort SplitHostPort(const std::string& text) {
+  const size_t begin = text.starts_with('[') ? 1 : 0;
+  const size_t end = begin == 1 ? text.find(']') : text.rfind(':');
+  if (end == std::string::npos) {
+    return {};
   }
-  const size_t colon = text.rfind(':');
-  if (colon == std::string::npos) {
-    return false;
-  }
-  out = {text.substr(0, colon), std::atoi(text.c_str() + colon + 1)};
-  return true;
+  const std::string rest = text.substr(end + begin);
+  return {text.substr(begin, end - begin), rest.starts_with(':') ? std::atoi(rest.c_str() + 1) : 0};
 }
 
 // Cuts `text` at the first `mark` and hands back what stood behind it.
@@ -82,32 +76,32 @@ void ParseSubscription(const std::string& text, std::vector<NodeInfo>& nodes) {
   for (size_t start = 0; start < links.size();) {
     const size_t end = std::min(links.find('\n', start), links.size());
     std::string line = links.substr(start, end - start);
-    NodeInfo node;
-    if (ParseVlessLink(line, node) && !IsNotice(node.name)) {
-      nodes.push_back(std::move(node));
+    std::optional<NodeInfo> node = ParseVlessLink(line);
+    if (node && !IsNotice(node->name)) {
+      nodes.push_back(std::move(*node));
     }
     start = end + 1;
   }
 }
 
-bool ParseVlessLink(std::string& line, NodeInfo& node) {
+std::optional<NodeInfo> ParseVlessLink(std::string& line) {
   line.erase(line.find_last_not_of("\r\n ") + 1);
   if (!line.starts_with(kScheme)) {
-    return false;
+    return std::nullopt;
   }
   std::string rest = line.substr(kScheme.size());
   const std::string name = PercentDecode(CutBehind(rest, '#'));
   const std::string query = CutBehind(rest, '?');
   const size_t at = rest.rfind('@');
-  HostPort target;
-  if (at == std::string::npos || at == 0 || !SplitHostPort(rest.substr(at + 1), target) ||
-      target.host.empty() || target.port < 1) {
-    return false;
+  if (at == std::string::npos || at == 0) {
+    return std::nullopt;
   }
+  const HostPort target = SplitHostPort(rest.substr(at + 1));
   const std::string publicKey = EitherParam(query, "pbk", "publicKey");
-  if (publicKey.empty()) {
-    return false;
+  if (target.host.empty() || target.port < 1 || publicKey.empty()) {
+    return std::nullopt;
   }
+  NodeInfo node;
   node.name = Utf8ToWide(name.empty() ? target.host : name);
   node.address = Utf8ToWide(target.host);
   node.port = target.port;
@@ -117,7 +111,7 @@ bool ParseVlessLink(std::string& line, NodeInfo& node) {
   AssignIfGiven(QueryParam(query, "fp"), node.fingerprint);
   node.publicKey = Utf8ToWide(publicKey);
   AssignIfGiven(EitherParam(query, "sid", "shortId"), node.shortId);
-  return true;
+  return node;
 }
 
 std::string QueryParam(std::string_view query, std::string_view key) {
@@ -150,22 +144,21 @@ std::string PercentDecode(std::string_view text) {
   return decoded;
 }
 
-bool DecodeBase64(const std::string& text, std::string& out) {
-  const auto length = static_cast<DWORD>(text.size());
+std::optional<std::string> DecodeBase64(const std::string& text) {
   DWORD size = 0;
-  if (CryptStringToBinaryA(text.data(), length, CRYPT_STRING_BASE64, nullptr, &size, nullptr,
-                           nullptr) == FALSE) {
-    return false;
+  const auto decode = [&](void* bytes) {
+    return CryptStringToBinaryA(text.data(), static_cast<DWORD>(text.size()), CRYPT_STRING_BASE64,
+                                static_cast<BYTE*>(bytes), &size, nullptr, nullptr) != FALSE;
+  };
+  if (!decode(nullptr)) {
+    return std::nullopt;
   }
   std::string bytes(size, '\0');
-  if (CryptStringToBinaryA(text.data(), length, CRYPT_STRING_BASE64,
-                           reinterpret_cast<BYTE*>(bytes.data()), &size, nullptr,
-                           nullptr) == FALSE) {
-    return false;
+  if (!decode(bytes.data())) {
+    return std::nullopt;
   }
   bytes.resize(size);
-  out = std::move(bytes);
-  return true;
+  return bytes;
 }
 
 }  // namespace vpn

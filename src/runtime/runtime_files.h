@@ -13,7 +13,7 @@ inline constexpr wchar_t kTun2socksImage[] = L"tun2socks";         // how its pr
 
 inline constexpr wchar_t kPanelFile[] = L"panel.json";      // the panel's addresses
 inline constexpr wchar_t kAccountFile[] = L"account.json";  // the local account
-inline constexpr wchar_t kSessionFile[] = L"session.json";  // who is signed in
+inline constexpr wchar_t kCredentialFile[] = L"session.json";  // who is signed in
 inline constexpr wchar_t kXrayConfigFile[] = L"session.json.xray.json";
 inline constexpr wchar_t kXrayErrorLog[] = L"xray-error.log";  // beside the configuration
 inline constexpr wchar_t kServiceLogFile[] = L"tavrin-service.log";

@@ -1,7 +1,7 @@
 // Bodies of 64 KiB to 1 MiB through one HTTP call, from the simulated machine's peer.
 #include <string>
 
-#include "src/panel/http_request.h"
+#include "src/panel/panel_client.h"
 #include "tests/bench/bodies.h"
 #include "tests/bench/plain_copy.h"
 #include "tests/sim/machine.h"
@@ -13,11 +13,7 @@ void HttpBody(benchmark::State& state) {
   const std::string body = bench::PlanList(static_cast<size_t>(state.range(0)));
   machine->http.On("GET", "https://panel.example/x", {.body = body});
   bench::Measure(state, body, state.range(0), [&] {
-    std::string response;
-    std::wstring error;
-    if (!vpn::HttpRequest(L"GET", L"https://panel.example/x", L"", "", L"", response, error,
-                          nullptr, nullptr) ||
-        response.size() != body.size()) {
+    if (vpn::PanelClient{L"https://panel.example/x"}.get(L"").body.size() != body.size()) {
       state.SkipWithError("the body did not come whole");
     }
     machine->http.Forget();

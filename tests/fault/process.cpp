@@ -10,7 +10,7 @@
 #include "src/control/account_cache.h"
 #include "src/control/connect_operation.h"
 #include "src/control/tunnel_instance.h"
-#include "src/panel/http_request.h"
+#include "src/panel/panel_client.h"
 #include "src/runtime/process_state.h"
 
 namespace fault {
@@ -34,7 +34,7 @@ void BeginProcess() VPN_THREAD_ANNOTATION(no_thread_safety_analysis) {
   vpn::g_stopRequested = 0;
   // A process opens its WinHTTP session once, and this program is one process for WinHTTP: without
   // this, the first life alone would make the two calls of the opening.
-  (void)vpn::SharedSession();
+  (void)vpn::SharedHttpSession();
 }
 
 void EndProcess() VPN_THREAD_ANNOTATION(no_thread_safety_analysis) {

@@ -4,13 +4,12 @@
 #include <algorithm>
 #include <nlohmann/json.hpp>
 
+#include "src/panel/request_text.h"
 #include "tests/fuzz/fuzz.h"
 
 using fuzz::Require;
 
 namespace {
-
-constexpr std::int64_t kUntouched = 0x5AFE;
 
 // Opens with a brace, and the braces balance at its end and nowhere before.
 bool IsObject(std::string_view text) {
@@ -61,11 +60,10 @@ void CheckNumbers(const std::string& text, const std::string& key) {
   const std::int64_t two = vpn::JsonInt(text, key, 2);
   const size_t found = text.find('"' + key + '"');
   const size_t colon = found == std::string::npos ? found : text.find(':', found + key.size() + 2);
-  std::int64_t optional = kUntouched;
-  const bool given = vpn::JsonOptionalInt(text, key, optional);
+  const std::optional<std::int64_t> optional = vpn::JsonOptionalInt(text, key);
   if (colon == std::string::npos) {
     Require(one == 1 && two == 2, "without key and colon the fallback serves");
-    Require(!given && optional == kUntouched, "without key and colon no number is stored");
+    Require(!optional, "without key and colon there is no number");
     Require(!vpn::JsonBool(text, key) && vpn::JsonString(text, key).empty(),
             "without key and colon there is neither flag nor text");
     return;
@@ -73,9 +71,8 @@ void CheckNumbers(const std::string& text, const std::string& key) {
   Require(one == two, "with key and colon the fallback is out of play");
   const size_t at = std::min(text.find_first_not_of(" \t", colon + 1), text.size());
   const bool quoted = at < text.size() && text[at] == '"';
-  Require(given == (optional >= 0 && optional != kUntouched) || optional == kUntouched,
-          "a number is given when it is not negative");
-  Require(quoted || optional == kUntouched || optional == one, "both readers see one number");
+  Require(!optional || *optional >= 0, "a number is given when it is not negative");
+  Require(quoted || !optional || optional == one, "both readers see one number");
   Require(quoted || vpn::JsonBool(text, key) || one == 0, "a number other than 0 is true");
   Require(quoted || vpn::JsonString(text, key).empty(), "what is not quoted is no text");
   const size_t digits = static_cast<size_t>(std::count_if(text.begin(), text.end(), [](char c) {

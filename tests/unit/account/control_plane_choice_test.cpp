@@ -31,7 +31,7 @@ class Choice : public sim::MachineTest {
                    const std::wstring& inviteBase) {
     ASSERT_NE(Panel(), nullptr);
     EXPECT_EQ(Read<ApiBase>(*Panel()), apiBase);
-    EXPECT_EQ(Read<SessionPath>(*Panel()), L"C:\\run\\session.json");
+    EXPECT_EQ(Read<CredentialPath>(*Panel()), L"C:\\run\\session.json");
     EXPECT_EQ(Read<DeviceApi>(*Panel()), deviceApi);
     EXPECT_EQ(Read<InviteBase>(*Panel()), inviteBase);
   }

@@ -14,40 +14,36 @@ class LocalAccountFiles : public sim::MachineTest {
  protected:
   const std::wstring path = L"C:\\run\\account.json";
   std::string text = "before";
-  std::wstring error = L"earlier";
 };
 
 TEST_F(LocalAccountFiles, AFileThatCanNotBeOpenedLeavesTheTextAndNamesThePath) {
-  EXPECT_FALSE(ReadTextFile(path, text, error));
+  EXPECT_EQ(ReadTextFile(path, text).text(), L"cannot read C:\\run\\account.json");
   EXPECT_EQ(text, "before");
-  EXPECT_EQ(error, L"cannot read C:\\run\\account.json");
 }
 
 TEST_F(LocalAccountFiles, ALockedFileCanNotBeRead) {
   machine.files.Put(path, "x");
   machine.files.SetLocked(path, true);
-  EXPECT_FALSE(ReadTextFile(path, text, error));
+  EXPECT_EQ(ReadTextFile(path, text).text(), L"cannot read C:\\run\\account.json");
   EXPECT_EQ(text, "before");
-  EXPECT_EQ(error, L"cannot read C:\\run\\account.json");
 }
 
 TEST_F(LocalAccountFiles, AnEmptyFileIsReadAsEmptyText) {
   machine.files.Put(path, "");
-  EXPECT_TRUE(ReadTextFile(path, text, error));
+  EXPECT_TRUE(ReadTextFile(path, text));
   EXPECT_EQ(text, "");
-  EXPECT_EQ(error, L"earlier");
 }
 
 TEST_F(LocalAccountFiles, ReadsInBinaryModeAndLetsOthersUseTheFile) {
   machine.files.Put(path, std::string("a\r\n\x1A\0b", 6));
-  EXPECT_TRUE(ReadTextFile(path, text, error));
+  EXPECT_TRUE(ReadTextFile(path, text));
   EXPECT_EQ(text, std::string("a\r\n\x1A\0b", 6));
   EXPECT_EQ(machine.calls.TextsOf("_wfsopen"), Texts{R"("C:\run\account.json", "rb", 64)"});
 }
 
 TEST_F(LocalAccountFiles, ReadsMoreThanOneChunk) {
   machine.files.Put(path, std::string(9000, 'x') + "end");
-  EXPECT_TRUE(ReadTextFile(path, text, error));
+  EXPECT_TRUE(ReadTextFile(path, text));
   EXPECT_EQ(text, std::string(9000, 'x') + "end");
 }
 
@@ -64,29 +60,26 @@ TEST_F(LocalAccountFiles, OnlyTheFirstByteOfAByteOrderMarkIsLookedAt) {
   for (const auto& [content, expected] : table) {
     SCOPED_TRACE(content);
     machine.files.Put(path, content);
-    EXPECT_TRUE(ReadTextFile(path, text, error));
+    EXPECT_TRUE(ReadTextFile(path, text));
     EXPECT_EQ(text, expected);
   }
 }
 
 TEST_F(LocalAccountFiles, WritingReplacesTheWholeFileAndLetsOthersUseIt) {
   machine.files.Put(path, "something longer than what comes");
-  EXPECT_TRUE(WriteTextFile(path, "short\n", error));
+  EXPECT_TRUE(WriteTextFile(path, "short\n"));
   EXPECT_EQ(machine.files.Read(path), "short\n");
-  EXPECT_EQ(error, L"earlier");
   EXPECT_EQ(machine.calls.TextsOf("_wfsopen"), Texts{R"("C:\run\account.json", "wb", 64)"});
 }
 
 TEST_F(LocalAccountFiles, WritingIntoAMissingDirectoryNamesThePath) {
-  EXPECT_FALSE(WriteTextFile(path, "x", error));
-  EXPECT_EQ(error, L"cannot write C:\\run\\account.json");
+  EXPECT_EQ(WriteTextFile(path, "x").text(), L"cannot write C:\\run\\account.json");
 }
 
 TEST_F(LocalAccountFiles, OnlyTheOpeningDecidesWhetherAWriteSucceeded) {
   machine.files.Put(path, "old");
   machine.files.SetWritesFail(path, true);
-  EXPECT_TRUE(WriteTextFile(path, "x", error));
-  EXPECT_EQ(error, L"earlier");
+  EXPECT_TRUE(WriteTextFile(path, "x"));
 }
 
 TEST(FlatJsonString, ReadsTheTextBetweenTheFirstTwoQuotesBehindTheColon) {

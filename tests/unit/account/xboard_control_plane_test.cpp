@@ -29,7 +29,7 @@ TEST_F(Xboard, TheThreeAddressesLoseTheirEndSlashesAndTheSessionPathKeepsThem) {
   const XboardControlPlane panel(L"https://panel.example//", L"C:\\run\\session.json\\/",
                                  L"https://device.example/\\", L"https://invite.example/i/");
   EXPECT_EQ(Read<ApiBase>(panel), L"https://panel.example");
-  EXPECT_EQ(Read<SessionPath>(panel), L"C:\\run\\session.json\\/");
+  EXPECT_EQ(Read<CredentialPath>(panel), L"C:\\run\\session.json\\/");
   EXPECT_EQ(Read<DeviceApi>(panel), L"https://device.example");
   EXPECT_EQ(Read<InviteBase>(panel), L"https://invite.example/i");
 }

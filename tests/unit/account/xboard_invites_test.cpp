@@ -13,7 +13,7 @@ template <std::wstring (XboardControlPlane::*Member)() const>
 struct ExposeLinkBase {
   friend std::wstring (XboardControlPlane::*MemberOf(LinkBase))() const { return Member; }
 };
-template struct ExposeLinkBase<&XboardControlPlane::InviteLinkBase>;
+template struct ExposeLinkBase<&XboardControlPlane::inviteLinkBase>;
 
 namespace {
 

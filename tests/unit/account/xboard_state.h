@@ -10,41 +10,54 @@
 namespace vpn {
 
 // An explicit instantiation may name private members; the friend that it defines hands them out.
-template <class Tag, std::wstring XboardControlPlane::*Member>
+template <class Tag, typename Tag::Member Value>
 struct Expose {
-  friend std::wstring XboardControlPlane::*MemberOf(Tag) { return Member; }
+  friend typename Tag::Member MemberOf(Tag) { return Value; }
 };
 
-struct ApiBase {
-  friend std::wstring XboardControlPlane::*MemberOf(ApiBase);
+struct Panel {
+  using Member = PanelClient XboardControlPlane::*;
+  friend Member MemberOf(Panel);
 };
-struct SessionPath {
-  friend std::wstring XboardControlPlane::*MemberOf(SessionPath);
+struct CredentialPath {
+  using Member = std::wstring XboardControlPlane::*;
+  friend Member MemberOf(CredentialPath);
 };
 struct DeviceApi {
-  friend std::wstring XboardControlPlane::*MemberOf(DeviceApi);
+  using Member = std::wstring XboardControlPlane::*;
+  friend Member MemberOf(DeviceApi);
 };
 struct InviteBase {
-  friend std::wstring XboardControlPlane::*MemberOf(InviteBase);
-};
-struct AuthData {
-  friend std::wstring XboardControlPlane::*MemberOf(AuthData);
+  using Member = std::wstring XboardControlPlane::*;
+  friend Member MemberOf(InviteBase);
 };
 struct Email {
-  friend std::wstring XboardControlPlane::*MemberOf(Email);
+  using Member = std::wstring XboardControlPlane::*;
+  friend Member MemberOf(Email);
 };
 
-template struct Expose<ApiBase, &XboardControlPlane::apiBase>;
-template struct Expose<SessionPath, &XboardControlPlane::sessionPath>;
-template struct Expose<DeviceApi, &XboardControlPlane::deviceApi>;
-template struct Expose<InviteBase, &XboardControlPlane::inviteBase>;
-template struct Expose<AuthData, &XboardControlPlane::authData>;
-template struct Expose<Email, &XboardControlPlane::email>;
+template struct Expose<Panel, &XboardControlPlane::panel_>;
+template struct Expose<CredentialPath, &XboardControlPlane::credentialPath_>;
+template struct Expose<DeviceApi, &XboardControlPlane::deviceApi_>;
+template struct Expose<InviteBase, &XboardControlPlane::inviteBase_>;
+template struct Expose<Email, &XboardControlPlane::email_>;
 
-// Read<ApiBase>(panel)
+// Read<DeviceApi>(panel)
 template <class Tag>
 const std::wstring& Read(const XboardControlPlane& panel) {
   return panel.*MemberOf(Tag());
+}
+
+struct ApiBase {};
+template <>
+inline const std::wstring& Read<ApiBase>(const XboardControlPlane& panel) {
+  return (panel.*MemberOf(Panel())).base;
+}
+
+struct AuthData {};
+template <>
+inline const std::wstring& Read<AuthData>(const XboardControlPlane& panel) {
+  return (panel.*MemberOf(Panel())).credential;
 }
 
 }  // namespace vpn

@@ -153,15 +153,13 @@ TEST(JsonObjectArray, BracketsAndBracesInStringsCountLikeAllOthers) {
 }
 
 TEST(JsonEmptyText, GivesEmptiesThroughout) {
-  std::int64_t out = 5;
   EXPECT_EQ(JsonDataObject(""), "");
   EXPECT_EQ(JsonObject("", "k"), "");
   EXPECT_EQ(JsonObjectArray("", "k"), Texts());
   EXPECT_EQ(JsonNumberArray("", "k"), std::vector<std::int64_t>());
   EXPECT_EQ(JsonString("", "k"), "");
   EXPECT_EQ(JsonInt("", "k", 7), 7);
-  EXPECT_FALSE(JsonOptionalInt("", "k", out));
-  EXPECT_EQ(out, 5);
+  EXPECT_EQ(JsonOptionalInt("", "k"), std::nullopt);
   EXPECT_FALSE(JsonBool("", "k"));
 }
 

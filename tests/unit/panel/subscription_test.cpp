@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "src/panel/subscription_internal.h"
 #include "tests/sim/fixture.h"
 
 namespace vpn {
@@ -215,15 +216,10 @@ TEST_F(Subscription, APanelsOrdinaryReplyGivesItsNodes) {
 }
 
 TEST_F(Subscription, DecodeBase64SetsItsOutputOnSuccessOnly) {
-  std::string out = "earlier";
-  EXPECT_FALSE(DecodeBase64("*", out));
-  EXPECT_EQ(out, "earlier");
-  EXPECT_TRUE(DecodeBase64("QUI=\r\n", out));
-  EXPECT_EQ(out, "AB");
-  EXPECT_TRUE(DecodeBase64("AP8=", out));
-  EXPECT_EQ(out, std::string("\0\xFF", 2));
-  EXPECT_TRUE(DecodeBase64("\n", out));
-  EXPECT_EQ(out, "");
+  EXPECT_EQ(DecodeBase64("*"), std::nullopt);
+  EXPECT_EQ(DecodeBase64("QUI=\r\n"), "AB");
+  EXPECT_EQ(DecodeBase64("AP8="), std::string("\0\xFF", 2));
+  EXPECT_EQ(DecodeBase64("\n"), "");
 }
 
 }  // namespace

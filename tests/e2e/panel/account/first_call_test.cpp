@@ -3,7 +3,7 @@
 
 #include <thread>
 
-#include "src/panel/http_request.h"
+#include "src/panel/panel_client.h"
 #include "tests/e2e/panel/account/account_test.h"
 #include "tests/e2e/panel/harness/winhttp_counter.h"
 #include "tests/standins/text.h"
@@ -21,10 +21,8 @@ TEST_F(FirstCall, OfTwoThreadsAtOnceOpensOneSession) {
   std::thread threads[2];
   for (int i = 0; i < 2; ++i) {
     threads[i] = std::thread([&, i] {
-      std::string response;
-      std::wstring text;
       WaitForSingleObject(go, INFINITE);
-      answered[i] = vpn::HttpRequest(L"GET", url, L"", "", L"", response, text, nullptr, nullptr);
+      answered[i] = vpn::PanelClient{url}.get(L"").ok();
     });
   }
   SetEvent(go);
@@ -43,10 +41,7 @@ TEST_F(FirstCall, OfTwoThreadsAtOnceOpensOneSession) {
 class ManyCalls : public AccountTest {
  protected:
   void Call(const std::wstring& url) const {
-    std::string response;
-    std::wstring text;
-    (void)vpn::HttpRequest(L"POST", url, L"credential", "{}", L"application/json", response, text,
-                           nullptr, nullptr);
+    (void)vpn::PanelClient{url, L"credential"}.post(L"", "{}");
   }
 
   // What every call can come to: an answer, a refusal, no answer, no connection, no address.

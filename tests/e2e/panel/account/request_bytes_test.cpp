@@ -1,5 +1,5 @@
 // The requests as they arrive: header lines in order, bodies, and where the credential goes.
-#include "src/panel/http_request.h"
+#include "src/panel/panel_client.h"
 #include "tests/e2e/panel/account/account_test.h"
 
 namespace e2e {
@@ -66,9 +66,7 @@ TEST_F(RequestBytes, PostOfAForm) {
 }
 
 TEST_F(RequestBytes, PostWithoutABodyHasNoContentType) {
-  std::string response;
-  (void)vpn::HttpRequest(L"POST", apiBase + L"/empty", L"", "", L"application/json", response,
-                         error, L"", nullptr);
+  (void)vpn::PanelClient{apiBase, L""}.post(L"/empty", "");
   ExpectLines(panel.Sequence(), {"POST /empty"});
   ExpectLines(HeadersOf(0), kBare);
 }

@@ -1,6 +1,6 @@
 // What every status of 400 or more comes to: the number, whatever the body says, unless an
 // operation reads the panel's message.
-#include "src/panel/http_request.h"
+#include "src/panel/panel_client.h"
 #include "tests/e2e/panel/account/account_test.h"
 
 namespace e2e {
@@ -44,13 +44,11 @@ class Statuses : public AccountTest, public ::testing::WithParamInterface<Status
 
 TEST_P(Statuses, TransportHandsOnNumberAndBody) {
   AnswerAll("a body");
-  std::string response = "untouched";
-  DWORD status = 0;
-  EXPECT_FALSE(
-      vpn::HttpRequest(L"GET", apiBase + L"/any", L"", "", L"", response, error, nullptr, &status));
-  EXPECT_EQ(error, GetParam().text);
-  EXPECT_EQ(status, static_cast<DWORD>(GetParam().status));
-  EXPECT_EQ(response, "a body");
+  const vpn::PanelReply reply = vpn::PanelClient{apiBase + L"/any"}.get(L"");
+  EXPECT_FALSE(reply.ok());
+  EXPECT_EQ(reply.error, GetParam().text);
+  EXPECT_EQ(reply.status, static_cast<DWORD>(GetParam().status));
+  EXPECT_EQ(reply.body, "a body");
 }
 
 TEST_P(Statuses, SignedInOperationsSayTheNumberWhateverThePanelSays) {

@@ -1,6 +1,6 @@
 // What the transport says, from real causes. Where Wine's WinHTTP gives another code than that of
 // Windows, both stand here; the text is what the user reads on either.
-#include "src/panel/http_request.h"
+#include "src/panel/panel_client.h"
 #include "tests/e2e/panel/account/account_test.h"
 #include "tests/standins/text.h"
 
@@ -15,7 +15,11 @@ class Transport : public AccountTest {
     response = "untouched";
     error.clear();
     status = 77;
-    return vpn::HttpRequest(L"GET", url, L"", "", L"", response, error, nullptr, &status);
+    const vpn::PanelReply reply = vpn::PanelClient{url}.get(L"");
+    status = reply.status;
+    error = reply.error;
+    response = reply.answered ? reply.body : response;
+    return reply.ok();
   }
 
   void ExpectFailure(const std::wstring& url, DWORD code, const wchar_t* text) {

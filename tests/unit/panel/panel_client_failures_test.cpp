@@ -2,8 +2,8 @@
 #include <string>
 #include <utility>
 
-#include "src/panel/http_request.h"
-#include "tests/unit/panel/http_test.h"
+#include "src/panel/panel_client.h"
+#include "tests/unit/panel/panel_client_test.h"
 
 namespace vpn {
 namespace {
@@ -23,8 +23,7 @@ class HttpFailure : public HttpTest {
 };
 
 TEST_F(HttpFailure, AnAddressWithoutASchemeIsInvalidAtOnce) {
-  EXPECT_FALSE(
-      HttpRequest(L"GET", L"panel.example/x", L"", "", L"", response, error, nullptr, &status));
+  EXPECT_FALSE(Get(L"panel.example/x"));
   EXPECT_EQ(error, L"面板地址无效");
   EXPECT_EQ(status, 0u);
   EXPECT_EQ(response, "earlier body");
@@ -35,7 +34,7 @@ TEST_F(HttpFailure, OtherAddressesThatThePlatformRefusesAreInvalid) {
   for (const wchar_t* address : {L"", L"ftp://panel.example/", L"http://", L"https:///x",
                                  L"http://panel.example:65536/", L"http:panel.example"}) {
     error.clear();
-    EXPECT_FALSE(HttpRequest(L"GET", address, L"", "", L"", response, error, nullptr, &status));
+    EXPECT_FALSE(Get(address));
     EXPECT_EQ(error, L"面板地址无效");
     EXPECT_EQ(status, 0u);
   }
@@ -44,24 +43,20 @@ TEST_F(HttpFailure, OtherAddressesThatThePlatformRefusesAreInvalid) {
 
 TEST_F(HttpFailure, AHostMayHave255UnitsAndNoMore) {
   const std::wstring host(255, L'h');
-  EXPECT_FALSE(HttpRequest(L"GET", L"http://" + host + L"/", L"", "", L"", response, error, nullptr,
-                           &status));
+  EXPECT_FALSE(Get(L"http://" + host + L"/"));
   EXPECT_EQ(error, L"无法连上面板服务器。");
   EXPECT_EQ(machine.http.Lines(), Texts{"GET http://" + std::string(255, 'h') + "/"});
-  EXPECT_FALSE(HttpRequest(L"GET", L"http://" + host + L"h/", L"", "", L"", response, error,
-                           nullptr, &status));
+  EXPECT_FALSE(Get(L"http://" + host + L"h/"));
   EXPECT_EQ(error, L"面板地址无效");
 }
 
 TEST_F(HttpFailure, PathAndQueryTogetherMayHave2047UnitsAndNoMore) {
   const std::wstring path = L"/" + std::wstring(1023, L'p') + L"?" + std::wstring(1022, L'q');
-  EXPECT_FALSE(
-      HttpRequest(L"GET", L"http://h" + path, L"", "", L"", response, error, nullptr, &status));
+  EXPECT_FALSE(Get(L"http://h" + path));
   EXPECT_EQ(error, L"无法连上面板服务器。");
   EXPECT_EQ(machine.http.Lines(),
             Texts{"GET http://h/" + std::string(1023, 'p') + "?" + std::string(1022, 'q')});
-  EXPECT_FALSE(HttpRequest(L"GET", L"http://h" + path + L"q", L"", "", L"", response, error,
-                           nullptr, &status));
+  EXPECT_FALSE(Get(L"http://h" + path + L"q"));
   EXPECT_EQ(error, L"面板地址无效");
 }
 
@@ -145,14 +140,18 @@ TEST_F(HttpFailure, EveryCodeOfTheConnectingHasItsTextAndBecomesTheStatus) {
   }
 }
 
-TEST(HttpErrorText, HasALineForEachKnownCodeAndOneForAllOthers) {
+class HttpErrorText : public HttpFailure {};
+
+TEST_F(HttpErrorText, HasALineForEachKnownCodeAndOneForAllOthers) {
   for (const auto& [code, text] : kTexts) {
-    EXPECT_EQ(HttpErrorText(code), text) << code;
+    Answer({.sendCode = code});
+    ExpectFailure(text, code);
   }
-  for (const DWORD code :
-       {0u, 12000u, 12003u, 12006u, 12008u, 12014u, 12016u, 12018u, 12028u, 12031u, 12033u, 12151u,
-        12153u, 12156u, 12158u, 12174u, 12176u, 0xFFFFFFFFu}) {
-    EXPECT_EQ(HttpErrorText(code), L"无法连接面板。") << code;
+  for (const DWORD code : {12000u, 12003u, 12006u, 12008u, 12014u, 12016u, 12018u, 12028u, 12031u,
+                           12033u, 12151u, 12153u, 12156u, 12158u, 12174u, 12176u, 0xFFFFFFFFu}) {
+    SCOPED_TRACE(code);
+    Answer({.sendCode = code});
+    ExpectFailure(L"无法连接面板。", code);
   }
 }
 

@@ -1,9 +1,9 @@
 // One request and its answer: what is handed to the platform, and what the caller gets.
-#include "src/panel/http_request.h"
+#include "src/panel/panel_client.h"
 
 #include <set>
 
-#include "tests/unit/panel/http_test.h"
+#include "tests/unit/panel/panel_client_test.h"
 
 namespace vpn {
 namespace {
@@ -41,8 +41,7 @@ TEST_F(HttpCall, MakesThePlatformsCallsInOrderAndClosesItsTwoHandles) {
 TEST_F(HttpCall, HandsTheWholeBodyToThePlatformWithItsSizeTwice) {
   machine.http.OnNext("POST", url, {});
   const std::string body("{\"a\":\"\xE4\xB8\xAD\"}\0\xFF\r\n", 16);
-  EXPECT_TRUE(HttpRequest(L"POST", L"https://panel.example/api/x?y=1", L"", body,
-                          L"application/json", response, error, nullptr, &status));
+  EXPECT_TRUE(Keep(PanelClient{L"https://panel.example"}.post(L"/api/x?y=1", body)));
   EXPECT_EQ(machine.http.Requests().at(0).body, body);
   EXPECT_EQ(machine.calls.TextsOf("WinHttpSendRequest"),
             (Texts{"request, \"Accept: application/json\r\nUser-Agent: Tavrin/0.1\r\n"
@@ -51,8 +50,7 @@ TEST_F(HttpCall, HandsTheWholeBodyToThePlatformWithItsSizeTwice) {
 
 TEST_F(HttpCall, APlainHttpPanelWorksWithoutTls) {
   machine.http.OnNext("GET", "http://panel.example/x", {.body = "plain"});
-  EXPECT_TRUE(HttpRequest(L"GET", L"http://panel.example/x", L"", "", L"", response, error, nullptr,
-                          &status));
+  EXPECT_TRUE(Get(L"http://panel.example/x"));
   EXPECT_EQ(response, "plain");
   EXPECT_EQ(machine.calls.TextsOf("WinHttpConnect"), Texts{R"(session, "panel.example", 80, 0)"});
   EXPECT_EQ(machine.calls.TextsOf("WinHttpOpenRequest"),
@@ -61,8 +59,7 @@ TEST_F(HttpCall, APlainHttpPanelWorksWithoutTls) {
 
 TEST_F(HttpCall, APortInTheAddressIsUsed) {
   machine.http.OnNext("GET", "https://panel.example:8443/x", {});
-  EXPECT_TRUE(HttpRequest(L"GET", L"https://panel.example:8443/x", L"", "", L"", response, error,
-                          nullptr, &status));
+  EXPECT_TRUE(Get(L"https://panel.example:8443/x"));
   EXPECT_EQ(machine.calls.TextsOf("WinHttpConnect"), Texts{R"(session, "panel.example", 8443, 0)"});
 }
 
@@ -90,14 +87,16 @@ TEST_F(HttpCall, APostWithAnEmptyBodyHasNoContentType) {
 }
 
 TEST_F(HttpCall, ARequestWithoutACredentialHasNeitherOfItsLines) {
-  EXPECT_EQ(HeadersOf(L"", "a=b", L"application/x-www-form-urlencoded", nullptr),
+  EXPECT_EQ(HeadersOf(L"", "a=b", L"application/x-www-form-urlencoded", L""),
             "Accept: application/json\r\nUser-Agent: Tavrin/0.1\r\n"
             "Content-Type: application/x-www-form-urlencoded\r\n");
 }
 
 TEST_F(HttpCall, AnEmptyUserAgentIsReplacedLikeAMissingOne) {
   EXPECT_EQ(HeadersOf(L"", "", L"", L""), "Accept: application/json\r\nUser-Agent: Tavrin/0.1\r\n");
-  EXPECT_EQ(HeadersOf(L"", "", L"", nullptr),
+  Answer({});
+  EXPECT_TRUE(Get());
+  EXPECT_EQ(machine.http.Requests().back().headers,
             "Accept: application/json\r\nUser-Agent: Tavrin/0.1\r\n");
   EXPECT_EQ(HeadersOf(L"", "", L"", L"v2rayN/6.45"),
             "Accept: application/json\r\nUser-Agent: v2rayN/6.45\r\n");
@@ -160,20 +159,15 @@ TEST_F(HttpCall, AStatusThatCanNotBeReadCountsAsSuccess) {
 }
 
 TEST_F(HttpCall, NobodyNeedsToAskForTheStatus) {
-  const auto getWithoutStatus = [&] {
-    return HttpRequest(L"GET", L"https://panel.example/api/x?y=1", L"", "", L"", response, error,
-                       nullptr, nullptr);
-  };
+  const auto errorOf = [](const wchar_t* address) { return PanelClient{address}.get(L"").error; };
+  const wchar_t* const panel = L"https://panel.example/api/x?y=1";
   Answer({.body = "abc"});
-  EXPECT_TRUE(getWithoutStatus());
+  EXPECT_EQ(errorOf(panel), L"");
   Answer({.status = 404});
-  EXPECT_FALSE(getWithoutStatus());
-  EXPECT_EQ(error, L"面板 HTTP 404");
+  EXPECT_EQ(errorOf(panel), L"面板 HTTP 404");
   Answer({.sendCode = 12007});
-  EXPECT_FALSE(getWithoutStatus());
-  EXPECT_EQ(error, L"无法解析面板域名。请检查网络或 DNS。");
-  EXPECT_FALSE(HttpRequest(L"GET", L"x", L"", "", L"", response, error, nullptr, nullptr));
-  EXPECT_EQ(error, L"面板地址无效");
+  EXPECT_EQ(errorOf(panel), L"无法解析面板域名。请检查网络或 DNS。");
+  EXPECT_EQ(errorOf(L"x"), L"面板地址无效");
 }
 
 TEST_F(HttpCall, ABodyThatComesInPiecesIsPutTogether) {

@@ -3,9 +3,9 @@
 #include <set>
 #include <thread>
 
-#include "src/panel/http_request.h"
+#include "src/panel/panel_client.h"
 #include "tests/unit/fresh_process.h"
-#include "tests/unit/panel/http_test.h"
+#include "tests/unit/panel/panel_client_test.h"
 
 namespace vpn {
 namespace {
@@ -45,7 +45,7 @@ TEST_F(HttpSession, LaterCallsUseTheSameOneAndNeverCloseIt) {
 
 TEST_F(HttpSession, ABadAddressOpensNone) {
   EXPECT_IN_FRESH_PROCESS([&] {
-    EXPECT_FALSE(HttpRequest(L"GET", L"x", L"", "", L"", response, error, nullptr, &status));
+    EXPECT_FALSE(Get(L"x"));
     EXPECT_EQ(machine.calls.Count("WinHttpOpen"), 0u);
   });
 }
@@ -76,12 +76,8 @@ TEST_F(HttpSession, TimeOutsThatCanNotBeSetAreNoFailure) {
 // The second thread gets to the session while the first one is opening it.
 TEST_F(HttpSession, TwoThreadsThatMakeTheFirstCallAtOnceOpenOneSession) {
   EXPECT_IN_FRESH_PROCESS([&] {
-    const auto get = [&] {
-      std::string body;
-      std::wstring text;
-      EXPECT_TRUE(HttpRequest(L"GET", L"https://panel.example/api/x?y=1", L"", "", L"", body, text,
-                              nullptr, nullptr));
-      EXPECT_EQ(body, "abc");
+    const auto get = [] {
+      EXPECT_EQ(PanelClient{L"https://panel.example/api/x?y=1"}.get(L"").body, "abc");
     };
     std::thread other;
     machine.faults.Before("WinHttpOpen", 1, [&] {
@@ -98,12 +94,8 @@ TEST_F(HttpSession, TwoThreadsThatMakeTheFirstCallAtOnceOpenOneSession) {
 
 TEST_F(HttpSession, ARequestDoesNotKeepOthersWaiting) {
   machine.faults.Before("WinHttpSendRequest", 1, [&] {
-    std::thread other([&] {
-      std::string body;
-      std::wstring text;
-      EXPECT_TRUE(HttpRequest(L"GET", L"https://panel.example/api/x?y=1", L"", "", L"", body, text,
-                              nullptr, nullptr));
-    });
+    std::thread other(
+        [] { EXPECT_TRUE(PanelClient{L"https://panel.example/api/x?y=1"}.get(L"").ok()); });
     other.join();
   });
   EXPECT_TRUE(Get());
@@ -111,24 +103,23 @@ TEST_F(HttpSession, ARequestDoesNotKeepOthersWaiting) {
 }
 
 TEST_F(HttpSession, ARequestHoldsAReferenceForItsWholeDuration) {
-  EXPECT_EQ(SharedSession().use_count(), 2);  // the process's and the one that is asked
+  EXPECT_EQ(SharedHttpSession().use_count(), 2);  // the process's and the one that is asked
   long during = 0;
-  machine.faults.Before("WinHttpReceiveResponse", 1, [&] { during = SharedSession().use_count(); });
+  machine.faults.Before("WinHttpReceiveResponse", 1,
+                        [&] { during = SharedHttpSession().use_count(); });
   EXPECT_TRUE(Get());
   EXPECT_EQ(during, 3);
-  EXPECT_EQ(SharedSession().use_count(), 2);
+  EXPECT_EQ(SharedHttpSession().use_count(), 2);
 }
 
 TEST_F(HttpSession, ManyThreadsShareIt) {
   std::vector<std::thread> threads;
   for (int i = 0; i < 8; ++i) {
-    threads.emplace_back([&] {
+    threads.emplace_back([] {
       for (int call = 0; call < 25; ++call) {
-        std::string body;
-        std::wstring text;
-        EXPECT_TRUE(HttpRequest(L"GET", L"https://panel.example/api/x?y=1", L"token", "", L"", body,
-                                text, nullptr, nullptr));
-        EXPECT_EQ(body, "abc");
+        const PanelReply reply = PanelClient{L"https://panel.example/api/x?y=1", L"token"}.get(L"");
+        EXPECT_TRUE(reply.ok());
+        EXPECT_EQ(reply.body, "abc");
       }
     });
   }

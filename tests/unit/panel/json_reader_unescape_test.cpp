@@ -6,26 +6,10 @@
 #include <vector>
 
 #include "src/panel/json_reader.h"
+#include "src/panel/request_text.h"
 
 namespace vpn {
 namespace {
-
-TEST(JsonEscape, EscapesQuoteBackslashAndLineFeedOnly) {
-  EXPECT_EQ(JsonEscape("a\"b\\c\nd"), R"(a\"b\\c\nd)");
-  EXPECT_EQ(JsonEscape(""), "");
-  EXPECT_EQ(JsonEscape("\n\n"), R"(\n\n)");
-  EXPECT_EQ(JsonEscape("plain"), "plain");
-}
-
-TEST(JsonEscape, PassesEveryOtherByteUnchanged) {
-  std::string bytes;
-  for (int byte = 0; byte < 256; ++byte) {
-    if (byte != '"' && byte != '\\' && byte != '\n') {
-      bytes += static_cast<char>(byte);
-    }
-  }
-  EXPECT_EQ(JsonEscape(bytes), bytes);
-}
 
 TEST(JsonUnescape, DecodesTheFiveEscapesThatThePanelUses) {
   const std::vector<std::pair<std::string, std::string>> table = {

@@ -1,0 +1,30 @@
+#include "src/account/failure_text.h"
+
+#include "src/common/text.h"
+#include "src/panel/json_reader.h"
+
+namespace vpn {
+
+std::wstring MessageIn(const std::string& response) {
+  return Utf8ToWide(JsonString(response, "message"));
+}
+
+std::wstring FirstText(std::initializer_list<std::wstring> texts) {
+  for (const std::wstring& text : texts) {
+    if (!text.empty()) {
+      return text;
+    }
+  }
+  return {};
+}
+
+std::wstring PanelErrorWithDetail(const std::wstring& text, const std::wstring& step,
+                                  DWORD status) {
+  std::wstring detailed = FirstText({text, L"请求失败"}) + L"（" + step;
+  if (status != 0) {
+    detailed += L" " + std::to_wstring(status);
+  }
+  return detailed + L"）";
+}
+
+}  // namespace vpn
