@@ -9,13 +9,12 @@
 #include "client/text/amounts.h"
 #include "client/text/display_width.h"
 #include "src/panel/endpoints.h"
-#include "src/panel/http_request.h"
+#include "src/panel/panel_client.h"
 
 namespace vpn {
 namespace {
 
 constexpr std::int64_t kClockTolerance = 60;  // seconds
-constexpr DWORD kFirstTransportCode = 12000;  // below it a code is an HTTP status
 
 std::wstring PanelAddress(const Patient& patient) {
   const std::wstring address = TrimEndSlashes(ReadPanelEndpoints(patient.place.runtimeDir).apiBase);
@@ -60,13 +59,9 @@ Finding CheckPanel(const Patient& patient) {
   if (address.empty()) {
     return Good(L"none configured; the account is a file of this machine");
   }
-  std::string body;
-  std::wstring error;
-  DWORD status = 0;
-  const bool isGood = HttpRequest(L"GET", address + L"/api/v1/guest/comm/config", L"", "", L"",
-                                  body, error, nullptr, &status);
-  if (!isGood && (status == 0 || status >= kFirstTransportCode)) {
-    return Problem(PlainLine(error), WhatToDo(error));
+  const PanelReply reply = PanelClient{.base = address}.get(L"/api/v1/guest/comm/config");
+  if (!reply.answered) {
+    return Problem(PlainLine(reply.error), WhatToDo(reply.error));
   }
   std::int64_t ahead = 0;
   const std::wstring host = UrlHost(address);

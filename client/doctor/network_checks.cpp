@@ -8,7 +8,7 @@
 #include "client/doctor/port_holder.h"
 #include "client/text/amounts.h"
 #include "client/text/display_width.h"
-#include "src/common/socks_port.h"
+#include "src/common/deployment.h"
 #include "src/common/unique_handle.h"
 #include "src/net/physical_route.h"
 #include "src/tunnel/preflight.h"

@@ -5,7 +5,7 @@
 
 #include "src/common/unique_handle.h"
 #include "src/panel/endpoints.h"
-#include "src/panel/http_request.h"
+#include "src/panel/panel_client.h"
 
 namespace vpn {
 namespace {
@@ -35,7 +35,7 @@ INTERNET_PORT PortOf(const std::wstring& address, bool isSecure) {
 }  // namespace
 
 bool SecondsAheadOfPanel(const std::wstring& address, std::int64_t& ahead) {
-  const SharedInternetHandle session = SharedSession();
+  const SharedInternetHandle session = SharedHttpSession();
   const bool isSecure = address.starts_with(L"https:");
   const Internet connection(
       WinHttpConnect(session.get(), UrlHost(address).c_str(), PortOf(address, isSecure), 0));

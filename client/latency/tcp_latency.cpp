@@ -2,7 +2,6 @@
 
 #include "src/net/host_resolve.h"
 #include "src/net/ip_helper.h"
-#include "src/net/winsock_scope.h"
 
 namespace vpn {
 namespace {

@@ -10,11 +10,8 @@
 namespace vpn {
 namespace {
 
-struct InternetHandleTraits {
-  using Type = HINTERNET;
-  static Type empty() { return nullptr; }
-  static bool isValid(Type value) { return value != nullptr; }
-  static void close(Type value) { (void)WinHttpCloseHandle(value); }
+struct InternetHandleTraits : NullIsEmpty<HINTERNET> {
+  static void close(HINTERNET value) { (void)WinHttpCloseHandle(value); }
 };
 using InternetHandle = UniqueHandle<InternetHandleTraits>;
 
