@@ -2,23 +2,11 @@
 # demo.sh BUILD_DIRECTORY: one connect and one disconnect of the built service, shown and checked.
 set -euo pipefail
 build=$(cd "$1" && pwd)
-launcher=$(cd "$(dirname "$0")/.." && pwd)/tests/e2e/run_in_wine.sh
-export WINEPREFIX="$build/wine"
-box=$(mktemp -d)
 failures=0
-service=
+# shellcheck source=scripts/sandbox.sh
+. "$(dirname "$0")/sandbox.sh"
 
-wine_run() { "$launcher" "$@"; }
-windows_path() { printf 'Z:%s' "${1//\//\\}"; }
 title() { printf '\n== %s\n' "$*"; }
-
-stop_service() {
-  if [ -n "$service" ] && kill -0 "$service" 2>/dev/null; then
-    kill "$service" || true
-  fi
-  rm -rf "$box"
-}
-trap stop_service EXIT
 
 # expect WHAT WANTED GOT
 expect() {
@@ -59,31 +47,6 @@ live_connect() {
   expect "the client's exit code" 0 "$ctl_code"
 }
 
-lay_out() {
-  mkdir -p "$box/runtime/xray" "$box/runtime/tun2socks" "$box/machine"
-  cp "$build/TavrinService.exe" "$build/tavrinctl.exe" "$build/standins/iphlpapi.dll" "$build/standins/netsh.exe" "$box/"
-  cp "$build/standins/xray.exe" "$box/runtime/xray/"
-  cp "$build/standins/tun2socks-windows-amd64.exe" "$box/runtime/tun2socks/"
-  echo "no library, the stand-in needs none" >"$box/runtime/tun2socks/wintun.dll"
-  cat >"$box/runtime/account.json" <<'JSON'
-{
-  "email": "someone@mail.example",
-  "password": "secret",
-  "expireAt": "2999-12-31",
-  "nodeName": "Tokyo 01",
-  "address": "203.0.113.77",
-  "port": 443,
-  "uuid": "6f2c9d4e-5b1a-4c3d-8e7f-0123456789ab",
-  "sni": "www.site.example",
-  "publicKey": "AAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAA",
-  "shortId": "0123abcd"
-}
-JSON
-  echo '{"email":"someone@mail.example","expireAt":"2999-12-31"}' >"$box/runtime/session.json"
-  TAVRIN_TEST_MACHINE=$(windows_path "$box/machine")
-  export TAVRIN_TEST_MACHINE
-}
-
 wanted_ipv6_commands() {
   cat <<'TXT'
 netsh interface ipv6 set interface "以太网" routerdiscovery=disabled store=active
@@ -103,9 +66,7 @@ before=$(show routes; show ipv6)
 printf '%s\n' "$before"
 
 title "TavrinService.exe --console --runtime <dir>, as it ships"
-wine_run "$box/TavrinService.exe" --console --runtime "$(windows_path "$box/runtime")" \
-  >"$box/console.txt" 2>&1 </dev/null &
-service=$!
+start_service
 
 title "Is a tunnel up?"
 ask "$down" '{"op":"status"}'
