@@ -18,6 +18,7 @@ int RunRequest(const CommandLine& line, Screen& screen);
 int RunNodes(const CommandLine& line, Screen& screen);
 int RunTrace(const CommandLine& line, Screen& screen);
 int RunDoctor(const CommandLine& line, Screen& screen);
+int RunReport(const CommandLine& line, Screen& screen);
 
 // The whole program: `arguments` without its name.
 int RunClient(const std::vector<std::wstring>& arguments);

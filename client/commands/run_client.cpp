@@ -15,7 +15,7 @@ struct Entry {
 constexpr Entry kCommands[] = {
     {"status", RunStatus},     {"connect", RunConnect}, {"disconnect", RunDisconnect},
     {"shutdown", RunShutdown}, {"request", RunRequest}, {"nodes", RunNodes},
-    {"trace", RunTrace},       {"doctor", RunDoctor},
+    {"trace", RunTrace},       {"doctor", RunDoctor},   {"report", RunReport},
 };
 
 }  // namespace
