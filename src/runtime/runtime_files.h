@@ -11,8 +11,8 @@ inline constexpr wchar_t kTun2socksPattern[] = L"tun2socks*.exe";  // in `kTun2s
 inline constexpr wchar_t kWintunLibrary[] = L"wintun.dll";         // in `kTun2socksDirectory`
 inline constexpr wchar_t kTun2socksImage[] = L"tun2socks";         // how its processes' names begin
 
-inline constexpr wchar_t kPanelFile[] = L"panel.json";      // the panel's addresses
-inline constexpr wchar_t kAccountFile[] = L"account.json";  // the local account
+inline constexpr wchar_t kPanelFile[] = L"panel.json";         // the panel's addresses
+inline constexpr wchar_t kAccountFile[] = L"account.json";     // the local account
 inline constexpr wchar_t kCredentialFile[] = L"session.json";  // who is signed in
 inline constexpr wchar_t kXrayConfigFile[] = L"session.json.xray.json";
 inline constexpr wchar_t kXrayErrorLog[] = L"xray-error.log";  // beside the configuration
