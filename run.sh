@@ -6,13 +6,7 @@ set -euo pipefail
 cd "$(dirname "$0")"
 
 scripts/install_packages.sh cmake ninja-build g++-mingw-w64-x86-64-posix wine wine64 \
-  googletest nlohmann-json3-dev
-echo "Building (quiet; the log is build/run-build.log) ..."
-mkdir -p build
-if ! { cmake --preset windows &&
-  cmake --build --preset windows --target TavrinService tavrin_control standins; } \
-  >build/run-build.log 2>&1; then
-  tail -n 40 build/run-build.log
-  exit 1
-fi
-exec scripts/demo.sh build/windows
+  nlohmann-json3-dev
+echo "Building (quiet; the log is build/demo.log) ..."
+scripts/build.sh demo
+exec scripts/demo.sh build/demo

@@ -1,61 +1,84 @@
 #!/usr/bin/env bash
-# Installs what is missing, builds both worlds and runs every test; ends at the first kind that
-# fails. With --soak, two soaks follow: 300 connects under Wine, 100,000 simulated ones (an hour).
-# With --coverage: the coverage of src/ by the native tests instead.
+# Installs what is missing, builds both worlds and runs what everybody should wait for; ends at the
+# first stage that fails. Each stage shows its time and its counts.
+#   --all       also clang-tidy, ThreadSanitizer, all fault scenes, fuzzing and the short soaks
+#   --soak      300 connects under Wine, 100,000 simulated ones, and both commands of the README on a
+#               bare machine (two hours)
+#   --coverage  the coverage of src/ by the native tests
 set -euo pipefail
 cd "$(dirname "$0")"
 
 case "${1:-}" in
-  '' | --soak) ;;
+  '' | --all | --soak) mode=${1:-} ;;
   --coverage) exec scripts/coverage.sh ;;
-  *) echo "usage: ./test.sh [--soak | --coverage]" >&2; exit 2 ;;
+  *) echo "usage: ./test.sh [--all | --soak | --coverage]" >&2; exit 2 ;;
 esac
 
-stage() { printf '\n==== %s\n' "$*"; }
-
-stage "Packages"
-scripts/install_packages.sh cmake ninja-build git g++ g++-mingw-w64-x86-64-posix wine wine64 \
-  clang clang-format clang-tidy libclang-rt-14-dev libgtest-dev libgmock-dev googletest \
-  nlohmann-json3-dev libcpp-httplib-dev libssl-dev
-
-stage "Format, documents and the order of the rooms"
-scripts/check_format.sh
-scripts/check_docs.sh
-scripts/check_layers.sh
-
-# A quiet build: the compiler speaks only when something is wrong.
-build() {
-  cmake --preset "$1" >"build/$1.log" || { cat "build/$1.log"; return 1; }
-  cmake --build --preset "$1" "${@:2}" >"build/$1.log" 2>&1 || { tail -n 60 "build/$1.log"; return 1; }
-}
 mkdir -p build
+table=()
+passed=0
+failed=0
 
-stage "clang-tidy"
-build native
-build native --target tidy
+finish() {
+  printf '\n%-58s %6s  %s\n' Stage Time Result
+  printf '%s\n' "${table[@]}" ""
+  echo "$passed passed, $failed failed"
+  [ "$failed" = 0 ] || exit 1
+}
 
-stage "Simulated world: unit, contract and fault tests under AddressSanitizer and UBSan"
-ctest --preset native
-grep -h "fallible calls" build/native/Testing/Temporary/LastTest.log
+# stage NAME COMMAND...: runs a stage. Its output is shown when it fails. What a stage of tests has
+# counted is its last line.
+stage() {
+  local name=$1 start=$SECONDS log=build/stage.log result=ok row
+  shift
+  if "$@" >"$log" 2>&1; then
+    local good=1
+  else
+    local good=0
+    cat "$log"
+    result=FAILED
+  fi
+  if [[ $(tail -n 1 "$log") =~ ^([0-9]+)\ passed,\ ([0-9]+)\ failed$ ]]; then
+    result=${BASH_REMATCH[0]}
+    passed=$((passed + BASH_REMATCH[1]))
+    failed=$((failed + BASH_REMATCH[2]))
+  elif [ "$good" = 0 ]; then
+    failed=$((failed + 1))
+  fi
+  row=$(printf '%-58s %3d:%02d  %s' "$name" $(((SECONDS - start) / 60)) $(((SECONDS - start) % 60)) "$result")
+  echo "$row"
+  table+=("$row")
+  [ "$good" = 1 ] || finish
+}
 
-stage "Simulated world under ThreadSanitizer"
-build native-tsan
-ctest --preset native-tsan
-
-stage "Fuzzing, 30 seconds a target"
-scripts/fuzz.sh
-
-stage "Real world: contract and end-to-end tests of the shipping executable under Wine"
-build windows
-ctest --preset windows
-
-if [ "${1:-}" = --soak ]; then
-  stage "Soak"
-  TAVRIN_SOAK_ROUNDS=300 tests/e2e/run_in_wine.sh build/windows/wine-e2e \
+soak_in_wine() {
+  TAVRIN_SOAK_ROUNDS=300 tests/e2e/in_lane.sh build/windows/lanes tests/e2e/run_in_wine.sh \
     build/windows/e2e/e2e_tests.exe '--gtest_filter=Soak.*'
-  TAVRIN_SIMULATED_SOAK_ROUNDS=100000 build/native/tests/unit/unit_host \
-    '--gtest_filter=SimulatedSoak.*'
-fi
+}
+simulated_soak() { TAVRIN_SIMULATED_SOAK_ROUNDS=100000 build/native/tests/soak/simulated_soak; }
 
-echo
-echo "All tests passed."
+stage "Packages" scripts/install_packages.sh cmake ninja-build git g++ g++-mingw-w64-x86-64-posix \
+  wine wine64 clang clang-format clang-tidy libclang-rt-14-dev lld libgtest-dev libgmock-dev \
+  googletest nlohmann-json3-dev libcpp-httplib-dev libssl-dev iproute2
+stage "Format" scripts/check_format.sh
+stage "Documents" scripts/check_docs.sh
+stage "The order of the rooms" scripts/check_layers.sh
+stage "Build for Windows" scripts/build.sh windows
+stage "Contract and end-to-end tests under Wine" scripts/run_ctest.sh build/windows windows
+stage "Build of the simulated machine, AddressSanitizer and UBSan" scripts/build.sh native
+stage "Unit, contract and fault tests on the simulated machine" scripts/run_ctest.sh build/native native
+
+if [ "$mode" = --all ]; then
+  stage "All fault scenes, the simulated soak" scripts/run_ctest.sh build/native native-long
+  stage "Soak under Wine" scripts/run_ctest.sh build/windows windows-long
+  stage "clang-tidy" scripts/build.sh native --target tidy
+  stage "Build of the simulated machine, ThreadSanitizer" scripts/build.sh native-tsan
+  stage "The same tests under ThreadSanitizer" scripts/run_ctest.sh build/native-tsan native-tsan
+  stage "Build of the fuzz targets" scripts/build.sh fuzz
+  stage "Fuzzing, 30 seconds a target" scripts/fuzz.sh
+elif [ "$mode" = --soak ]; then
+  stage "Soak under Wine, 300 connects" soak_in_wine
+  stage "Simulated soak, 100,000 connects" simulated_soak
+  stage "Both commands of the README on a bare machine" scripts/check_bare_machine.sh
+fi
+finish

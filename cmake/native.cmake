@@ -1,8 +1,11 @@
 # The same sources against the simulated machine in tests/sim.
-add_compile_options(-g -fno-omit-frame-pointer)
+add_compile_options(-fno-omit-frame-pointer)
 if(CMAKE_CXX_COMPILER_ID MATCHES "Clang")
   target_compile_options(tavrin_options INTERFACE -Wthread-safety)
+  add_compile_options(-gline-tables-only -Xclang -fno-pch-timestamp)  # for ccache
+  add_link_options(-fuse-ld=lld)
 else()
+  add_compile_options(-g1)
   # g++ takes a designated initializer that names only some members for an oversight.
   target_compile_options(tavrin_options INTERFACE -Wno-missing-field-initializers)
 endif()
@@ -39,6 +42,7 @@ endif()
 
 add_subdirectory(tests/unit)
 add_subdirectory(tests/contract)
+add_subdirectory(tests/soak)
 # Thousands of connects, one thread each: nothing for ThreadSanitizer, which would take long over them.
 if(NOT TAVRIN_SANITIZE STREQUAL "thread")
   add_subdirectory(tests/fault)

@@ -23,12 +23,6 @@ set_target_properties(TavrinService PROPERTIES
 
 add_subdirectory(tools)
 
-# GoogleTest from Debian's source package, cross-compiled.
-set(CMAKE_POLICY_DEFAULT_CMP0077 NEW)  # or it overrides the two settings below
-set(gtest_force_shared_crt ON)
-set(INSTALL_GTEST OFF)
-add_subdirectory(/usr/src/googletest googletest EXCLUDE_FROM_ALL)
-
 # The JSON library is headers only; the cross-compiler must not see the rest of /usr/include.
 file(COPY /usr/include/nlohmann DESTINATION "${PROJECT_BINARY_DIR}/host-include")
 add_library(tavrin_json INTERFACE)
@@ -36,6 +30,30 @@ target_include_directories(tavrin_json SYSTEM INTERFACE "${PROJECT_BINARY_DIR}/h
 
 add_subdirectory(tests/netmodel)
 add_subdirectory(tests/standins)
+
+option(TAVRIN_TESTS "The test programs; without them no GoogleTest is needed" ON)
+if(NOT TAVRIN_TESTS)
+  return()
+endif()
+
+# GoogleTest from Debian's source package, cross-compiled.
+set(CMAKE_POLICY_DEFAULT_CMP0077 NEW)  # or it overrides the two settings below
+set(gtest_force_shared_crt ON)
+set(INSTALL_GTEST OFF)
+add_subdirectory(/usr/src/googletest googletest EXCLUDE_FROM_ALL)
+
+# What the tests do takes long beside what they compute, so they are compiled fast.
+add_library(tavrin_windows_test INTERFACE)
+target_compile_options(tavrin_windows_test INTERFACE -O0)
+
+# Test programs run side by side in lanes (see the script); on Windows itself just so.
+set(TAVRIN_LANES "${PROJECT_BINARY_DIR}/lanes")
+set(TAVRIN_LAUNCHER "")
+if(NOT CMAKE_HOST_WIN32)
+  set(TAVRIN_LAUNCHER "${PROJECT_SOURCE_DIR}/tests/e2e/in_lane.sh" "${TAVRIN_LANES}"
+    "${PROJECT_SOURCE_DIR}/tests/e2e/run_in_wine.sh")
+endif()
+
 add_subdirectory(tests/contract)
 add_subdirectory(tests/e2e)
 

@@ -4,7 +4,5 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 scripts/install_packages.sh libbenchmark-dev
-mkdir -p build
-{ cmake --preset bench && cmake --build --preset bench; } >build/bench-build.log 2>&1 ||
-  { tail -n 60 build/bench-build.log; exit 1; }
+scripts/build.sh bench
 exec build/bench/tests/bench/tavrin_bench --benchmark_counters_tabular=true "$@"

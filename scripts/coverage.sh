@@ -4,11 +4,9 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 scripts/install_packages.sh gcovr
-mkdir -p build
-cmake --preset coverage >build/coverage.log
-cmake --build --preset coverage >build/coverage.log 2>&1 || { tail -n 60 build/coverage.log; exit 1; }
+scripts/build.sh coverage
 find build/coverage -name '*.gcda' -delete
-ctest --preset coverage >build/coverage-tests.log || { tail -n 60 build/coverage-tests.log; exit 1; }
+scripts/run_ctest.sh build/coverage coverage
 report() {
   gcovr --root . --filter 'src/' --exclude-throw-branches --exclude-unreachable-branches \
     build/coverage "$@"

@@ -3,11 +3,12 @@
 set -euo pipefail
 build=$(cd "$1" && pwd)
 launcher=$(cd "$(dirname "$0")/.." && pwd)/tests/e2e/run_in_wine.sh
+export WINEPREFIX="$build/wine"
 box=$(mktemp -d)
 failures=0
 service=
 
-wine_run() { "$launcher" "$build/wine-e2e" "$@"; }
+wine_run() { "$launcher" "$@"; }
 windows_path() { printf 'Z:%s' "${1//\//\\}"; }
 title() { printf '\n== %s\n' "$*"; }
 

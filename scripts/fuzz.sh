@@ -17,9 +17,7 @@ case "${1:-}" in
     ;;
 esac
 
-mkdir -p build
-{ cmake --preset fuzz && cmake --build --preset fuzz; } >build/fuzz-build.log 2>&1 ||
-  { tail -n 60 build/fuzz-build.log; exit 1; }
+scripts/build.sh fuzz
 
 scratch=build/fuzz/scratch
 rm -rf "$scratch"

@@ -7,9 +7,15 @@ for package in "$@"; do
     missing+=("$package")
 done
 [ ${#missing[@]} -gt 0 ] || exit 0
-echo "Installing: ${missing[*]}"
 as_root=()
-[ "$(id -u)" = 0 ] || as_root=(sudo)
+if [ "$(id -u)" != 0 ]; then
+  if ! command -v sudo >/dev/null; then
+    echo "There is no sudo here. As root: apt-get install ${missing[*]}" >&2
+    exit 1
+  fi
+  as_root=(sudo)
+fi
+echo "Installing: ${missing[*]}"
 "${as_root[@]}" apt-get update -qq
 "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive \
   apt-get install -y -qq --no-install-recommends "${missing[@]}" >/dev/null

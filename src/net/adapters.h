@@ -35,7 +35,7 @@ AdapterNames NamesOf(const IP_ADAPTER_ADDRESSES& adapter);
 // Exact, case included; a null name equals nothing.
 bool HasFriendlyName(const IP_ADAPTER_ADDRESSES& adapter, const std::wstring& alias);
 
-// What an adapter is, judged by the words in its names, in any case of their letters.
+// The three questions below are answered by words in the names, in any case of their letters.
 
 // No physical interface. By the alias alone.
 bool IsVirtualInterfaceAlias(const std::wstring& alias);

@@ -3,11 +3,8 @@
 #include "src/common/hidden_process.h"
 
 namespace vpn {
-namespace {
 
 constexpr DWORD kKillWait = 1000;  // milliseconds
-
-}  // namespace
 
 Status RunCommand(const std::wstring& commandLine, DWORD budget) {
   HiddenProcess child;

@@ -15,8 +15,8 @@
 namespace vpn {
 namespace {
 
-// Makes lines whole across the threads of this process, console echo included. A leaf: nothing
-// else is taken while it is held.
+// Makes lines whole across the threads of this process, console echo included. No other lock is
+// taken while it is held.
 Mutex g_logLock;
 
 constexpr int kTurnAttempts = 100;  // a millisecond apart, or a tick of the system clock

@@ -7,11 +7,8 @@
 #include "src/tunnel/tunnel_config.h"
 
 namespace vpn {
-namespace {
 
 constexpr DWORD kSinglePass = 1;  // milliseconds: one look at the adapter list
-
-}  // namespace
 
 void ClearTunIpv4(const std::wstring& tunAlias, const std::wstring& tunAddress) {
   (void)DeleteRoute(tunAlias, kLowerHalf, kSplitRoutePrefix, tunAddress);

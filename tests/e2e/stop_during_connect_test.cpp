@@ -118,7 +118,7 @@ TEST_F(StopDuringSlowConnect, OldTunnelWhoseEndHangs) {
   machine.Edit([](MachineState& state) { state.netsh.hangsOn = "delete route ::/1"; });
   PipeClient client;
   client.Write(Frame(kConnect));
-  WaitUntil("the old tunnel goes down", [&] { return machine.Starts("netsh.exe") == 2; });
+  WaitUntil("the old tunnel goes down", [&] { return machine.Starts("netsh.exe") >= 2; });
   Pull();
   machine.Edit([](MachineState& state) { state.netsh.hangsOn.clear(); });
   EXPECT_EQ(client.ReadReply(), kUp);

@@ -90,7 +90,7 @@ TEST_F(StopOddities, SilentClientPutsTheStopOffUntilItLeaves) {
   Begin(Trigger::kOwnerEnds);
   PipeClient silent;
   silent.Write(LengthPrefix(15).substr(0, 2));
-  WaitUntil("the client is being served", [] { return TryToConnect() == ERROR_PIPE_BUSY; });
+  silent.WaitUntilRead();
   Pull();
   EXPECT_TRUE(IsUp());
   silent.Close();

@@ -13,13 +13,17 @@
 
 namespace unit {
 
-// Waits (in real time, 20 seconds) for something that another thread does.
+// Waits (in real time, 20 seconds) for something that another thread does. The look that finds it
+// so decides; by the next one the other thread may have gone on.
 inline bool Eventually(const std::function<bool()>& condition) {
   const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(20);
-  while (!condition() && std::chrono::steady_clock::now() < deadline) {
+  while (std::chrono::steady_clock::now() < deadline) {
+    if (condition()) {
+      return true;
+    }
     std::this_thread::sleep_for(std::chrono::microseconds(200));
   }
-  return condition();
+  return false;
 }
 
 class BackgroundServer {

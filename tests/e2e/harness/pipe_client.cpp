@@ -48,6 +48,12 @@ void PipeClient::Write(std::string_view bytes) {
   }
 }
 
+void PipeClient::WaitUntilRead() {
+  if (FlushFileBuffers(pipe_) == 0) {
+    throw std::runtime_error("pipe flush err=" + std::to_string(GetLastError()));
+  }
+}
+
 // Asks before it reads: a blocked read could not be ended when the server hangs.
 std::string PipeClient::ReadSome(std::size_t limit) {
   DWORD available = 0;

@@ -24,8 +24,11 @@ class PipeClient {
   PipeClient& operator=(const PipeClient&) = delete;
 
   void Write(std::string_view bytes);
+  // Returns when the server has read all that was written. Only for bytes that it does read: under
+  // Wine this wait does not end when the server drops the client.
+  void WaitUntilRead();
   // A moment in which the server can take what was written, so that the next bytes come by
-  // themselves. No wait for it: the platform's own would not end when the server drops the client.
+  // themselves, for bytes that the server may drop unread.
   static void Pause() { Sleep(20); }
   // One reply frame's payload.
   std::string ReadReply();
