@@ -3,7 +3,13 @@
 #ifndef TAVRIN_SRC_COMMON_DEPLOYMENT_H_
 #define TAVRIN_SRC_COMMON_DEPLOYMENT_H_
 
+#include <cstdint>
+
 namespace vpn {
+
+// TCP and UDP port of Xray's SOCKS inbound on 127.0.0.1: written into its configuration, waited for
+// by the start, and handed to tun2socks.
+inline constexpr std::uint16_t kSocksPort = 17593;
 
 // Node address that is pinned when the chosen node has none, or has a host name.
 inline constexpr wchar_t kDefaultNodeAddress[] = L"203.0.113.10";

@@ -18,13 +18,11 @@ bool ReadFileBytes(const std::wstring& path, std::string& text) {
   }
   std::string content;
   std::array<char, 4096> chunk{};
-  for (;;) {
-    const size_t count = std::fread(chunk.data(), 1, chunk.size(), file.get());
+  size_t count = 0;
+  do {
+    count = std::fread(chunk.data(), 1, chunk.size(), file.get());
     content.append(chunk.data(), count);
-    if (count < chunk.size()) {
-      break;
-    }
-  }
+  } while (count == chunk.size());
   text = std::move(content);
   return true;
 }

@@ -10,7 +10,9 @@ namespace {
 
 template <class Text>
 bool HasDottedQuadShape(const Text& text) {
-  const auto isDigitOrDot = [](auto c) { return c == '.' || (c >= '0' && c <= '9'); };
+  const auto isDigitOrDot = [](typename Text::value_type c) {
+    return c == '.' || (c >= '0' && c <= '9');
+  };
   return std::all_of(text.begin(), text.end(), isDigitOrDot) &&
          std::count(text.begin(), text.end(), '.') == 3;
 }

@@ -10,7 +10,7 @@
 namespace vpn {
 
 // Traits give `Type`, `static Type empty()`, `static bool isValid(Type)` and `static void
-// Close(Type)`. Moving leaves the source empty. Not thread-safe.
+// close(Type)`. Moving leaves the source empty. Not thread-safe.
 template <class Traits>
 class UniqueHandle {
  public:
@@ -67,9 +67,7 @@ struct KernelHandleTraits {
 using KernelHandle = UniqueHandle<KernelHandleTraits>;
 
 struct FileTraits : NullIsEmpty<std::FILE*> {
-  static void close(std::FILE* value) {
-    (void)std::fclose(value);
-  }  // only the opening is ever judged
+  static void close(std::FILE* value) { (void)std::fclose(value); }  // no failure is looked at
 };
 using UniqueFile = UniqueHandle<FileTraits>;
 

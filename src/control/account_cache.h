@@ -22,7 +22,7 @@ Status FetchAccountCached(const std::wstring& runtimeDir, AccountSession& sessio
 // The next fetch goes to the control plane.
 void InvalidateAccountCache() VPN_EXCLUDES(g_accountCacheLock);
 
-// Fills the cache ahead of the first connect; the outcome is nobody's concern.
+// Fills the cache ahead of the first connect. A failure is not reported.
 void WarmAccountCache(const std::wstring& runtimeDir) VPN_EXCLUDES(g_accountCacheLock);
 
 }  // namespace vpn

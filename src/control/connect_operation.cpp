@@ -1,5 +1,6 @@
 #include "src/control/connect_operation.h"
 
+#include <algorithm>
 #include <vector>
 
 #include "src/account/control_plane.h"
@@ -18,13 +19,9 @@ constexpr wchar_t kNoNodes[] = L"没有可用节点";
 
 // Of several nodes with one name the last is taken; null when there is none.
 const NodeInfo* FindNode(const std::vector<NodeInfo>& nodes, const std::wstring& name) {
-  const NodeInfo* found = nullptr;
-  for (const NodeInfo& node : nodes) {
-    if (node.name == name) {
-      found = &node;
-    }
-  }
-  return found;
+  const auto found = std::find_if(nodes.rbegin(), nodes.rend(),
+                                  [&](const NodeInfo& node) { return node.name == name; });
+  return found == nodes.rend() ? nullptr : &*found;
 }
 
 Status FetchAccount(const std::wstring& runtimeDir, AccountSession& session) {

@@ -95,4 +95,10 @@ void ServeControlPipe() {
   StopTunnel();  // no tunnel outlives the server
 }
 
+void WakeControlPipe() {
+  g_stopRequested.exchange(1);
+  const KernelHandle client(CreateFileW(kControlPipeName, GENERIC_READ | GENERIC_WRITE, 0, nullptr,
+                                        OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
+}
+
 }  // namespace vpn

@@ -11,6 +11,11 @@ inline constexpr wchar_t kControlPipeName[] = L"\\\\.\\pipe\\TavrinService";
 // during a request no other client can open the pipe.
 void ServeControlPipe();
 
+// Sets `g_stopRequested` and makes a throw-away connection to the control pipe, which returns a
+// server that waits for a client. Any thread; takes no lock. A failed connection does no harm: the
+// server then serves a client or creates its next instance, and reads the flag after either.
+void WakeControlPipe();
+
 }  // namespace vpn
 
 #endif  // TAVRIN_SRC_CONTROL_PIPE_SERVER_H_

@@ -1,9 +1,10 @@
-#include "src/host/owner_watch.h"
+// Ties the daemon to the process that started it.
+#include "src/host/host_internal.h"
 
 #include <string>
 
 #include "src/common/unique_handle.h"
-#include "src/control/wake.h"
+#include "src/control/pipe_server.h"
 #include "src/runtime/process_state.h"
 #include "src/runtime/service_log.h"
 

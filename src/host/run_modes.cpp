@@ -4,9 +4,7 @@
 
 #include "src/common/unique_handle.h"
 #include "src/control/pipe_server.h"
-#include "src/control/wake.h"
-#include "src/host/owner_watch.h"
-#include "src/host/run_modes_internal.h"
+#include "src/host/host_internal.h"
 #include "src/runtime/console_text.h"
 #include "src/runtime/process_state.h"
 #include "src/runtime/service_log.h"

@@ -6,8 +6,8 @@
 
 #include "src/common/environment.h"
 #include "src/common/unique_handle.h"
+#include "src/host/host_internal.h"
 #include "src/host/run_modes.h"
-#include "src/host/service_install_internal.h"
 #include "src/runtime/console_text.h"
 #include "src/runtime/process_state.h"
 
@@ -43,7 +43,8 @@ std::optional<DWORD> StopAndDeleteService(SC_HANDLE manager) {
 void DescribeService(SC_HANDLE service) {
   std::wstring text = L"Tavrin数据通道：Xray + tun2socks。界面通过命名管道连接。";
   SERVICE_DESCRIPTIONW description = {text.data()};
-  (void)ChangeServiceConfig2W(service, SERVICE_CONFIG_DESCRIPTION, &description);  // decoration
+  (void)ChangeServiceConfig2W(service, SERVICE_CONFIG_DESCRIPTION,
+                              &description);  // it works without one
 }
 
 }  // namespace

@@ -2,9 +2,8 @@
 #include <string>
 
 #include "src/control/pipe_server.h"
-#include "src/control/wake.h"
+#include "src/host/host_internal.h"
 #include "src/host/run_modes.h"
-#include "src/host/run_modes_internal.h"
 #include "src/runtime/process_state.h"
 #include "src/runtime/service_log.h"
 

@@ -1,15 +1,10 @@
 #include "src/net/command.h"
 
-#include "src/net/command_internal.h"
-
 #include "src/common/hidden_process.h"
 
 namespace vpn {
-namespace {
 
 constexpr DWORD kKillWait = 1000;  // milliseconds
-
-}  // namespace
 
 Status RunCommand(const std::wstring& commandLine, DWORD budget) {
   HiddenProcess child;
@@ -29,10 +24,6 @@ Status RunCommand(const std::wstring& commandLine, DWORD budget) {
     return Status::failure(L"command exit " + std::to_wstring(exitCode) + L": " + commandLine);
   }
   return Status::success();
-}
-
-void RunCommandQuiet(const std::wstring& commandLine, DWORD budget) {
-  (void)RunCommand(commandLine, budget);
 }
 
 }  // namespace vpn

@@ -10,8 +10,10 @@
 
 namespace vpn {
 
-// For what is best effort.
-void RunCommandQuiet(const std::wstring& commandLine, DWORD budget);
+// A success when the command ended by itself within `budget` milliseconds with exit code 0; one
+// that outlives the budget is ended. No shell is involved and no output captured. Blocks for up to
+// the budget and a second.
+Status RunCommand(const std::wstring& commandLine, DWORD budget);
 
 }  // namespace vpn
 

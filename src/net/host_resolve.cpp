@@ -4,7 +4,6 @@
 
 #include "src/common/text.h"
 #include "src/net/ip_helper.h"
-#include "src/net/winsock_scope.h"
 
 namespace vpn {
 namespace {
@@ -50,10 +49,8 @@ std::vector<std::wstring> ResolveAll(const std::wstring& host) {
   const auto list = LookUpIpv4<ADDRINFOW>(host);
   std::vector<std::wstring> addresses;
   for (const ADDRINFOW* entry = list.get(); entry != nullptr; entry = entry->ai_next) {
-    if (entry->ai_family != AF_INET || entry->ai_addr == nullptr) {
-      continue;
-    }
-    const std::wstring text = FormatIpv4(AddressOf(*entry));
+    const bool isIpv4 = entry->ai_family == AF_INET && entry->ai_addr != nullptr;
+    const std::wstring text = isIpv4 ? FormatIpv4(AddressOf(*entry)) : L"";
     if (!text.empty()) {
       addresses.push_back(text);
     }

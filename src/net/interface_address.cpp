@@ -1,9 +1,8 @@
 #include "src/net/interface_address.h"
 
-#include "src/net/interface_address_internal.h"
+#include "src/net/net_internal.h"
 
-#include "src/net/adapter_list.h"
-#include "src/net/dns_settings.h"
+#include "src/net/adapters.h"
 
 namespace vpn {
 namespace {
@@ -39,7 +38,8 @@ DWORD CreateAddress(const NET_LUID& luid, const IN_ADDR& address, std::uint8_t p
   MIB_UNICASTIPADDRESS_ROW row = {};
   InitializeUnicastIpAddressEntry(&row);
   row.InterfaceLuid = luid;
-  (void)ConvertInterfaceLuidToIndex(&luid, &row.InterfaceIndex);  // the LUID alone names it
+  // The platform finds the interface by its LUID; the index is filled in for whoever reads the row.
+  (void)ConvertInterfaceLuidToIndex(&luid, &row.InterfaceIndex);
   row.Address.Ipv4.sin_family = AF_INET;
   row.Address.Ipv4.sin_addr = address;
   row.ValidLifetime = kForever;

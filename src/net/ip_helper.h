@@ -1,4 +1,5 @@
-// The IP Helper interface with what its headers need around it, and the owner of its tables.
+// The IP Helper and Winsock interfaces with what their headers need around them, and the owners of
+// what they hand out.
 // WIN32_LEAN_AND_MEAN keeps <windows.h> from bringing the old winsock.h, so the order is free.
 #ifndef TAVRIN_SRC_NET_IP_HELPER_H_
 #define TAVRIN_SRC_NET_IP_HELPER_H_
@@ -14,9 +15,53 @@
 
 #include "src/common/unique_handle.h"
 
+// SetInterfaceDnsSettings for tool chains whose netioapi.h is older than Windows 10 2004, which
+// brought it. Names, layout and values are the platform's.
+#ifndef DNS_INTERFACE_SETTINGS_VERSION1
+#define DNS_INTERFACE_SETTINGS_VERSION1 0x0001
+#define DNS_SETTING_NAMESERVER 0x0002
+
+struct DNS_INTERFACE_SETTINGS {
+  ULONG Version;
+  ULONG64 Flags;
+  PWSTR Domain;
+  PWSTR NameServer;
+  PWSTR SearchList;
+  ULONG RegistrationEnabled;
+  ULONG RegisterAdapterName;
+  ULONG EnableLLMNR;
+  ULONG QueryAdapterName;
+  PWSTR ProfileNameServer;
+};
+
+extern "C" __declspec(dllimport) DWORD WINAPI
+    SetInterfaceDnsSettings(GUID Interface, const DNS_INTERFACE_SETTINGS* Settings);
+#endif  // DNS_INTERFACE_SETTINGS_VERSION1
+
 namespace vpn {
 
 inline constexpr ULONG kForever = 0xFFFFFFFF;  // lifetime in seconds; nldef.h: infinite
+
+// Holds Winsock open for a scope.
+class WinsockScope {
+ public:
+  WinsockScope() {
+    WSADATA data = {};
+    open_ = WSAStartup(MAKEWORD(2, 2), &data) == 0;
+  }
+  WinsockScope(const WinsockScope&) = delete;
+  WinsockScope& operator=(const WinsockScope&) = delete;
+  ~WinsockScope() {
+    if (open_) {
+      (void)WSACleanup();
+    }
+  }
+
+  bool isOpen() const { return open_; }
+
+ private:
+  bool open_ = false;
+};
 
 // For any table that a Get…Table call hands out.
 template <class Table>

@@ -8,7 +8,7 @@ namespace {
 constexpr DWORD kNetshBudget = 2500;  // milliseconds
 
 void RunNetsh(const std::wstring& arguments) {
-  RunCommandQuiet(L"netsh " + arguments, kNetshBudget);
+  (void)RunCommand(L"netsh " + arguments, kNetshBudget);  // best effort
 }
 
 }  // namespace

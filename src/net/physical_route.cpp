@@ -3,7 +3,7 @@
 #include <array>
 #include <optional>
 
-#include "src/net/adapter_kind.h"
+#include "src/net/adapters.h"
 #include "src/net/ip_helper.h"
 
 namespace vpn {

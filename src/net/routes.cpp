@@ -1,6 +1,6 @@
 #include "src/net/routes.h"
 
-#include "src/net/routes_internal.h"
+#include "src/net/net_internal.h"
 
 #include <algorithm>
 #include <optional>

@@ -7,11 +7,8 @@
 #include <cwchar>
 
 namespace vpn {
-namespace {
 
 constexpr size_t kBufferSize = 4096;  // bytes
-
-}  // namespace
 
 void UseUtf8Console() {
   (void)SetConsoleOutputCP(CP_UTF8);
@@ -25,7 +22,7 @@ void UseUtf8Console() {
 
 void WriteConsoleText(std::FILE* stream, const std::wstring& text) {
   for (const wchar_t unit : text) {
-    (void)std::fputwc(unit, stream);  // a lost character on the console is nobody's failure
+    (void)std::fputwc(unit, stream);  // a lost character is no failure
   }
   (void)std::fflush(stream);
 }

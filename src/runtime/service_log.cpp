@@ -15,8 +15,8 @@
 namespace vpn {
 namespace {
 
-// Makes lines whole across the threads of this process, console echo included. A leaf: nothing
-// else is taken while it is held.
+// Makes lines whole across the threads of this process, console echo included. No other lock is
+// taken while it is held.
 Mutex g_logLock;
 
 constexpr int kTurnAttempts = 100;  // a millisecond apart, or a tick of the system clock
@@ -47,18 +47,14 @@ bool TakeTurn(HANDLE file) {
   return false;
 }
 
-void EndTurn(HANDLE file) {
-  OVERLAPPED place = TurnByte();
-  (void)UnlockFileEx(file, 0, 1, 0, &place);  // at the latest, closing the file does it
-}
-
 void Append(std::FILE* file, const std::string& bytes) {
   auto* const handle = reinterpret_cast<HANDLE>(_get_osfhandle(_fileno(file)));
   const bool hasTurn = TakeTurn(handle);
   (void)std::fwrite(bytes.data(), 1, bytes.size(), file);
   (void)std::fflush(file);  // within the turn
   if (hasTurn) {
-    EndTurn(handle);
+    OVERLAPPED place = TurnByte();
+    (void)UnlockFileEx(handle, 0, 1, 0, &place);  // at the latest, closing the file does it
   }
 }
 

@@ -1,17 +1,14 @@
 #include "src/tunnel/leftovers.h"
 
-#include "src/net/adapter_wait.h"
+#include "src/net/adapters.h"
 #include "src/net/interface_address.h"
 #include "src/net/netsh.h"
 #include "src/net/routes.h"
 #include "src/tunnel/tunnel_config.h"
 
 namespace vpn {
-namespace {
 
 constexpr DWORD kSinglePass = 1;  // milliseconds: one look at the adapter list
-
-}  // namespace
 
 void ClearTunIpv4(const std::wstring& tunAlias, const std::wstring& tunAddress) {
   (void)DeleteRoute(tunAlias, kLowerHalf, kSplitRoutePrefix, tunAddress);

@@ -10,7 +10,7 @@
 #include "src/net/physical_route.h"
 #include "src/runtime/runtime_files.h"
 #include "src/tunnel/leftovers.h"
-#include "src/tunnel/orphans_internal.h"
+#include "src/tunnel/tunnel_internal.h"
 
 namespace vpn {
 namespace {

@@ -14,7 +14,7 @@ void TunnelManager::pinPanelHosts(const std::vector<std::wstring>& hosts) {
     const std::vector<std::wstring> resolved = ResolveHostIpv4(host);
     addresses.insert(addresses.end(), resolved.begin(), resolved.end());
   }
-  // Without a gateway, because the platform could not write it, no route can be made.
+  // Without a gateway (the platform may fail to write it as text) no route can be made.
   if (physical_.gateway.empty()) {
     return;
   }

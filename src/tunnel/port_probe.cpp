@@ -2,7 +2,7 @@
 
 #include "src/common/hidden_process.h"
 #include "src/common/unique_handle.h"
-#include "src/net/winsock_scope.h"
+#include "src/net/ip_helper.h"
 
 namespace vpn {
 namespace {

@@ -4,13 +4,12 @@
 
 #include <array>
 
-#include "src/common/socks_port.h"
+#include "src/common/deployment.h"
 #include "src/common/unique_handle.h"
-#include "src/net/adapter_kind.h"
-#include "src/net/adapter_list.h"
+#include "src/net/adapters.h"
 #include "src/tunnel/port_probe.h"
-#include "src/tunnel/preflight_internal.h"
 #include "src/tunnel/tunnel_config.h"
+#include "src/tunnel/tunnel_internal.h"
 
 namespace vpn {
 namespace {

@@ -1,8 +1,8 @@
 // The start: old state first, then refusals that need nothing undone, the physical side, the
 // children, and only when these are proven alive the routes and the IPv6 block.
-#include "src/common/socks_port.h"
+#include "src/common/deployment.h"
 #include "src/common/text.h"
-#include "src/net/adapter_wait.h"
+#include "src/net/adapters.h"
 #include "src/net/interface_address.h"
 #include "src/net/netsh.h"
 #include "src/net/routes.h"

@@ -5,11 +5,8 @@
 #include "src/tunnel/tunnel_manager.h"
 
 namespace vpn {
-namespace {
 
 constexpr DWORD kChildExitWait = 200;  // milliseconds
-
-}  // namespace
 
 TunnelManager::~TunnelManager() {
   stop();
@@ -32,12 +29,10 @@ void TunnelManager::stop() {
       (void)WaitForSingleObject(child->process.get(), kChildExitWait);
     }
   }
-  for (HiddenProcess* child : children) {
-    child->thread.reset();
-  }
-  for (HiddenProcess* child : children) {
-    child->process.reset();
-  }
+  tun2socks_.thread.reset();
+  xray_.thread.reset();
+  tun2socks_.process.reset();
+  xray_.process.reset();
   job_.reset();
   undoNetwork();
   physical_ = {};
@@ -46,7 +41,7 @@ void TunnelManager::stop() {
 }
 
 void TunnelManager::undoNetwork() {
-  // Without a gateway no start has got as far as a pin.
+  // No pin was made without a gateway.
   if (!physical_.gateway.empty()) {
     for (const std::wstring& address : pinnedRoutes_) {
       (void)DeleteRoute(physical_.interfaceAlias, address, kHostRoutePrefix, physical_.gateway);

@@ -3,7 +3,6 @@
 #include "src/common/deployment.h"
 #include "src/common/environment.h"
 #include "src/common/files.h"
-#include "src/common/socks_port.h"
 #include "src/common/text.h"
 #include "src/net/host_resolve.h"
 #include "src/runtime/runtime_files.h"

@@ -7,8 +7,8 @@
 #include <new>
 #include <vector>
 
-#include "src/control/connect_operation.h"
 #include "src/control/account_cache.h"
+#include "src/control/connect_operation.h"
 #include "src/control/tunnel_instance.h"
 #include "src/panel/panel_client.h"
 #include "src/runtime/process_state.h"

@@ -4,7 +4,7 @@
 
 #include "src/control/account_cache.h"
 #include "src/control/tunnel_instance.h"
-#include "src/host/run_modes_internal.h"
+#include "src/host/host_internal.h"
 #include "src/runtime/process_state.h"
 
 namespace unit {

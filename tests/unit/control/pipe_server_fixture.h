@@ -9,7 +9,6 @@
 #include <string_view>
 
 #include "src/control/pipe_server.h"
-#include "src/control/wake.h"
 #include "tests/sim/pipe_client.h"
 #include "tests/unit/background_server.h"
 #include "tests/unit/control/control_fixture.h"

@@ -1,6 +1,6 @@
 #include "src/host/entry_point.h"
 
-#include "src/control/wake.h"
+#include "src/control/pipe_server.h"
 #include "src/runtime/process_state.h"
 #include "tests/unit/product_state.h"
 

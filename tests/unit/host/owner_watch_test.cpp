@@ -1,4 +1,4 @@
-#include "src/host/owner_watch.h"
+#include "src/host/host_internal.h"
 
 #include "src/runtime/process_state.h"
 #include "tests/unit/product_state.h"

@@ -1,7 +1,7 @@
 #include "src/host/run_modes.h"
 
+#include "src/host/host_internal.h"
 #include "tests/unit/host/run_mode_fixture.h"
-#include "src/host/run_modes_internal.h"
 
 namespace vpn {
 namespace {

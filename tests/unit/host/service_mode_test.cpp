@@ -1,10 +1,10 @@
 // The service half of run_modes.h.
+#include "src/host/host_internal.h"
 #include "src/host/run_modes.h"
 #include "src/runtime/process_state.h"
 #include "tests/unit/background_server.h"
 #include "tests/unit/product_state.h"
 #include "tests/unit/runtime_files.h"
-#include "src/host/run_modes_internal.h"
 
 namespace vpn {
 namespace {

@@ -1,6 +1,6 @@
 #include "src/net/host_resolve.h"
 
-#include "src/net/winsock_scope.h"
+#include "src/net/ip_helper.h"
 
 #include "tests/unit/net/net_fixture.h"
 

@@ -1,8 +1,8 @@
 #include "src/net/interface_address.h"
 
+#include "src/net/net_internal.h"
 #include "tests/unit/net/net_fixture.h"
 #include "tests/unit/status.h"
-#include "src/net/interface_address_internal.h"
 
 namespace unit {
 namespace {

@@ -4,7 +4,6 @@
 
 #include "tests/unit/net/net_fixture.h"
 #include "tests/unit/status.h"
-#include "src/net/adapter_kind.h"
 
 namespace unit {
 namespace {
@@ -183,24 +182,6 @@ TEST_F(PhysicalRoutes, AGatewayThatThePlatformCantWriteIsEmpty) {
   machine.faults.Fail("InetNtopW");
   ASSERT_TRUE(Find());
   EXPECT_EQ(route.gateway, L"");
-}
-
-TEST(VirtualAlias, EachWordHitsAnywhereAndInAnyCase) {
-  for (const wchar_t* alias :
-       {L"VMware Network Adapter VMnet8", L"vmware", L"Loopback Pseudo-Interface 1", L"LOOPBACK",
-        L"wintun", L"My WinTun 2", L"xray", L"XRAY0", L"VirtualBox Host-Only Network",
-        L"a virtualbox b", L"Hyper-V", L"on hyper-v switch", L"vEthernet (WSL)", L"VETHERNET"}) {
-    EXPECT_TRUE(vpn::IsVirtualInterfaceAlias(alias)) << testing::PrintToString(std::wstring(alias));
-  }
-}
-
-TEST(VirtualAlias, WhatHoldsNoneOfTheWordsIsPhysical) {
-  for (const wchar_t* alias :
-       {L"", L"以太网", L"Ethernet 2", L"Wi-Fi", L"tavrin", L"VMwar", L"Loop back", L"win tun",
-        L"x-ray", L"Virtual Box", L"HyperV", L"Ethernet (WSL)", L"WireGuard", L"本地连接* 3"}) {
-    EXPECT_FALSE(vpn::IsVirtualInterfaceAlias(alias))
-        << testing::PrintToString(std::wstring(alias));
-  }
 }
 
 }  // namespace

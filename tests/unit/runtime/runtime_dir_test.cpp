@@ -1,7 +1,7 @@
 #include "src/runtime/runtime_dir.h"
 
-#include "tests/unit/product_state.h"
 #include "src/runtime/runtime_dir_internal.h"
+#include "tests/unit/product_state.h"
 
 namespace vpn {
 namespace {

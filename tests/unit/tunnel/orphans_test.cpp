@@ -1,4 +1,4 @@
-#include "src/tunnel/orphans_internal.h"
+#include "src/tunnel/tunnel_internal.h"
 
 #include "tests/unit/net/net_fixture.h"
 

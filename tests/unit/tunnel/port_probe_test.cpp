@@ -1,7 +1,7 @@
 #include "src/tunnel/port_probe.h"
 
-#include "src/common/unique_handle.h"
 #include "src/common/hidden_process.h"
+#include "src/common/unique_handle.h"
 #include "tests/unit/net/net_fixture.h"
 
 namespace unit {

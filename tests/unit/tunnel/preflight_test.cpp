@@ -1,8 +1,8 @@
 #include "src/tunnel/preflight.h"
 
+#include "src/tunnel/tunnel_internal.h"
 #include "tests/unit/net/net_fixture.h"
 #include "tests/unit/status.h"
-#include "src/tunnel/preflight_internal.h"
 
 namespace unit {
 namespace {

@@ -1,7 +1,7 @@
 // The test of life that every reply reports, and the constants of the sequence.
 #include "src/tunnel/tunnel_manager.h"
 
-#include "src/common/socks_port.h"
+#include "src/common/deployment.h"
 #include "tests/unit/tunnel/tunnel_fixture.h"
 
 namespace unit {

@@ -1,9 +1,9 @@
 // Which node a connect takes, and what the user reads when there is none.
 #include <gtest/gtest.h>
 
+#include "src/control/account_cache.h"
 #include "src/control/connect_operation.h"
 #include "src/control/dispatch.h"
-#include "src/control/account_cache.h"
 #include "tests/sim/pipe_client.h"
 #include "tests/unit/background_server.h"
 #include "tests/unit/control/control_fixture.h"

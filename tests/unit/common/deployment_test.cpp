@@ -7,7 +7,6 @@
 
 #include "src/common/deployment.h"
 #include "src/common/mutex.h"
-#include "src/common/socks_port.h"
 #include "src/common/text.h"
 
 namespace vpn {

@@ -1,4 +1,4 @@
-#include "src/control/wake.h"
+#include "src/control/pipe_server.h"
 
 #include <windows.h>
 

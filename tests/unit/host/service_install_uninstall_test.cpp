@@ -1,8 +1,8 @@
 // The other two functions of service_install.h.
 #include "src/host/service_install.h"
 
+#include "src/host/host_internal.h"
 #include "tests/unit/host/service_install_fixture.h"
-#include "src/host/service_install_internal.h"
 
 namespace vpn {
 namespace {

@@ -1,5 +1,5 @@
 // Waiting for the address of an adapter.
-#include "src/net/adapter_wait.h"
+#include "src/net/adapters.h"
 #include "tests/unit/net/net_fixture.h"
 
 namespace unit {

@@ -1,4 +1,4 @@
-#include "src/net/adapter_list.h"
+#include "src/net/adapters.h"
 
 #include "tests/unit/net/net_fixture.h"
 

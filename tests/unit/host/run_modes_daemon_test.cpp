@@ -1,7 +1,7 @@
 // The hidden half of run_modes.h.
 #include "src/host/run_modes.h"
 
-#include "src/control/wake.h"
+#include "src/control/pipe_server.h"
 #include "tests/unit/host/run_mode_fixture.h"
 
 namespace vpn {
