@@ -27,6 +27,8 @@ struct HandleListEntry {
   void* object;
   ULONG access;
 };
+// What a call that blocks holds under Wine: it comes and goes with the call, and is no object's.
+constexpr UCHAR kNoType = 0;
 constexpr std::size_t kEntriesOffset = sizeof(void*);  // a count of 32 bits and a gap come first
 
 std::vector<char> ReadHandleList() {
@@ -49,7 +51,7 @@ std::size_t CountHandles(DWORD processId) {
   for (ULONG i = 0; i < all; ++i) {
     HandleListEntry entry{};
     std::memcpy(&entry, list.data() + kEntriesOffset + i * sizeof(entry), sizeof(entry));
-    if (entry.processId == static_cast<USHORT>(processId)) ++count;
+    if (entry.processId == static_cast<USHORT>(processId) && entry.type != kNoType) ++count;
   }
   return count;
 }
