@@ -6,7 +6,7 @@ set -euo pipefail
 cd "$(dirname "$0")"
 
 scripts/install_packages.sh cmake ninja-build g++-mingw-w64-x86-64-posix wine wine64 \
-  nlohmann-json3-dev
+  nlohmann-json3-dev libcli11-dev
 echo "Building (quiet; the log is build/demo.log) ..."
 scripts/build.sh demo
 exec scripts/demo.sh build/demo

@@ -40,6 +40,7 @@ if(TAVRIN_BENCH)
   add_subdirectory(tests/bench)
 endif()
 
+add_subdirectory(client)
 add_subdirectory(tests/unit)
 add_subdirectory(tests/contract)
 add_subdirectory(tests/soak)

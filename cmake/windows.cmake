@@ -21,7 +21,7 @@ set_target_properties(TavrinService PROPERTIES
   RUNTIME_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}"
   LINK_DEPENDS "${PROJECT_SOURCE_DIR}/packaging/TavrinService.manifest")
 
-add_subdirectory(tools)
+add_subdirectory(client)
 
 # The JSON library is headers only; the cross-compiler must not see the rest of /usr/include.
 file(COPY /usr/include/nlohmann DESTINATION "${PROJECT_BINARY_DIR}/host-include")

@@ -11,7 +11,7 @@ documents=$(git ls-files --cached --others --exclude-standard '*.md')
 for document in $documents; do
   while read -r path; do
     [ -e "$path" ] || complain "$document names $path, which does not exist"
-  done < <(grep -oE '`(\./)?(src|tests|docs|tools|scripts|cmake|packaging|\.ci)/[A-Za-z0-9_./-]*`|`\./[a-z_]+\.sh' "$document" | tr -d '`' | sort -u)
+  done < <(grep -oE '`(\./)?(src|client|tests|docs|scripts|cmake|packaging|\.ci)/[A-Za-z0-9_./-]*`|`\./[a-z_]+\.sh' "$document" | tr -d '`' | sort -u)
   while read -r target; do
     [ -e "$(dirname "$document")/$target" ] || complain "$document links to $target, which does not exist"
   done < <(grep -oE '\]\([A-Za-z0-9_./-]+\)' "$document" | sed -E 's/^\]\(//; s/\)$//' | sort -u)

@@ -2,23 +2,11 @@
 # demo.sh BUILD_DIRECTORY: one connect and one disconnect of the built service, shown and checked.
 set -euo pipefail
 build=$(cd "$1" && pwd)
-launcher=$(cd "$(dirname "$0")/.." && pwd)/tests/e2e/run_in_wine.sh
-export WINEPREFIX="$build/wine"
-box=$(mktemp -d)
 failures=0
-service=
+# shellcheck source=scripts/sandbox.sh
+. "$(dirname "$0")/sandbox.sh"
 
-wine_run() { "$launcher" "$@"; }
-windows_path() { printf 'Z:%s' "${1//\//\\}"; }
 title() { printf '\n== %s\n' "$*"; }
-
-stop_service() {
-  if [ -n "$service" ] && kill -0 "$service" 2>/dev/null; then
-    kill "$service" || true
-  fi
-  rm -rf "$box"
-}
-trap stop_service EXIT
 
 # expect WHAT WANTED GOT
 expect() {
@@ -32,38 +20,31 @@ expect() {
 
 show() { wine_run "$build/standins/show_machine.exe" "$1" | tr -d '\r'; }
 
-# ask WANTED_REPLY ARGUMENT...: one request through the control client.
-ask() {
-  local wanted=$1 exchange
-  shift
-  exchange=$(wine_run "$build/tavrin_control.exe" "$@" | tr -d '\r') || true
-  printf '%s\n' "$exchange"
-  expect "reply to $1" "reply   $wanted" "$(tail -n 1 <<<"$exchange")"
+# ctl ARGUMENT...: the client; what it prints is shown, and stays in `said`.
+ctl() {
+  printf '> tavrinctl'
+  printf ' %q' "$@"
+  printf '\n'
+  ctl_code=0
+  wine_run "$box/tavrinctl.exe" "$@" 2>&1 | tee "$box/said.txt" || ctl_code=${PIPESTATUS[0]}
+  said=$(tr -d '\r' <"$box/said.txt")
 }
 
-lay_out() {
-  mkdir -p "$box/runtime/xray" "$box/runtime/tun2socks" "$box/machine"
-  cp "$build/TavrinService.exe" "$build/standins/iphlpapi.dll" "$build/standins/netsh.exe" "$box/"
-  cp "$build/standins/xray.exe" "$box/runtime/xray/"
-  cp "$build/standins/tun2socks-windows-amd64.exe" "$box/runtime/tun2socks/"
-  echo "no library, the stand-in needs none" >"$box/runtime/tun2socks/wintun.dll"
-  cat >"$box/runtime/account.json" <<'JSON'
-{
-  "email": "someone@mail.example",
-  "password": "secret",
-  "expireAt": "2999-12-31",
-  "nodeName": "Tokyo 01",
-  "address": "203.0.113.77",
-  "port": 443,
-  "uuid": "6f2c9d4e-5b1a-4c3d-8e7f-0123456789ab",
-  "sni": "www.site.example",
-  "publicKey": "AAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAA",
-  "shortId": "0123abcd"
+# ask WANTED_REPLY REQUEST: one raw exchange.
+ask() {
+  ctl request "$2"
+  expect "reply to $2" "$1" "$said"
 }
-JSON
-  echo '{"email":"someone@mail.example","expireAt":"2999-12-31"}' >"$box/runtime/session.json"
-  TAVRIN_TEST_MACHINE=$(windows_path "$box/machine")
-  export TAVRIN_TEST_MACHINE
+
+# The live connect. On a terminal the client itself draws there, so that its lines move.
+live_connect() {
+  if [ -t 1 ]; then
+    ctl_code=0
+    wine_run "$box/tavrinctl.exe" connect "$1" || ctl_code=$?
+  else
+    ctl connect "$1"
+  fi
+  expect "the client's exit code" 0 "$ctl_code"
 }
 
 wanted_ipv6_commands() {
@@ -85,15 +66,15 @@ before=$(show routes; show ipv6)
 printf '%s\n' "$before"
 
 title "TavrinService.exe --console --runtime <dir>, as it ships"
-wine_run "$box/TavrinService.exe" --console --runtime "$(windows_path "$box/runtime")" \
-  >"$box/console.txt" 2>&1 </dev/null &
-service=$!
+start_service
 
 title "Is a tunnel up?"
-ask "$down" status
+ask "$down" '{"op":"status"}'
 
 title "Connect to the node Tokyo 01"
-ask "$up" connect "Tokyo 01"
+live_connect "Tokyo 01"
+ask "$up" '{"op":"status"}'
+ctl status
 
 title "The machine while the tunnel is up: IPv4 routes and IPv6"
 during=$(show routes)
@@ -115,8 +96,12 @@ printf '%s\n' "$trace"
 expect "the last step is the IPv6 block" "ipv6 leak blocked" \
   "$(tail -n 1 <<<"$trace" | sed -E 's/ +\+.*//')"
 
+title "The same as a waterfall"
+ctl trace
+
 title "Disconnect"
-ask "$down" disconnect
+ctl disconnect
+ask "$down" '{"op":"status"}'
 
 title "The machine after: IPv4 routes and IPv6"
 after=$(show routes; show ipv6)
@@ -124,7 +109,7 @@ printf '%s\n' "$after"
 expect "the network is as it was before" "$before" "$after"
 
 title "Shut the service down"
-ask "$down" shutdown
+ctl shutdown
 exit_code=0
 wait "$service" || exit_code=$?
 service=

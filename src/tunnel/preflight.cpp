@@ -41,7 +41,15 @@ std::wstring ProxyServer(HKEY settings) {
   return server.data();
 }
 
-Status CheckAdapters() {
+}  // namespace
+
+Status CheckConflicts() {
+  return CheckForeignAdapters()
+      .andThen([] { return CheckSystemProxy(HKEY_CURRENT_USER); })
+      .andThen(CheckSocksPort);
+}
+
+Status CheckForeignAdapters() {
   const std::optional<std::wstring> found = FindConflictingAdapter(kAdapterName);
   if (!found) {
     return Status::success();
@@ -58,12 +66,6 @@ Status CheckSocksPort() {
                          L" 已被其他程序占用，无法建立隧道。请退出其他代理客户端后重试。");
 }
 
-}  // namespace
-
-Status CheckConflicts() {
-  return CheckAdapters().andThen(CheckSystemProxy).andThen(CheckSocksPort);
-}
-
 std::optional<std::wstring> FindConflictingAdapter(const std::wstring& ownName) {
   const AdapterList adapters(AF_UNSPEC, 0);
   for (const auto* adapter = adapters.first(); adapter != nullptr; adapter = adapter->Next) {
@@ -75,10 +77,9 @@ std::optional<std::wstring> FindConflictingAdapter(const std::wstring& ownName) 
   return std::nullopt;
 }
 
-Status CheckSystemProxy() {
+Status CheckSystemProxy(HKEY user) {
   RegistryKey settings;
-  if (RegOpenKeyExW(HKEY_CURRENT_USER,
-                    L"Software\\Microsoft\\Windows\\CurrentVersion\\Internet Settings", 0,
+  if (RegOpenKeyExW(user, L"Software\\Microsoft\\Windows\\CurrentVersion\\Internet Settings", 0,
                     KEY_QUERY_VALUE, settings.put()) != ERROR_SUCCESS ||
       !IsProxyEnabled(settings.get())) {
     return Status::success();

@@ -3,6 +3,8 @@
 #ifndef TAVRIN_SRC_TUNNEL_PREFLIGHT_H_
 #define TAVRIN_SRC_TUNNEL_PREFLIGHT_H_
 
+#include <windows.h>
+
 #include "src/common/status.h"
 
 namespace vpn {
@@ -10,6 +12,11 @@ namespace vpn {
 // All checks in their order: another tunnel's adapter, the system proxy, the SOCKS port. Fails at
 // the first that hits.
 Status CheckConflicts();
+
+// Each of them alone. `user` is the root of the user's registry, HKEY_CURRENT_USER or another's.
+Status CheckForeignAdapters();
+Status CheckSystemProxy(HKEY user);
+Status CheckSocksPort();
 
 }  // namespace vpn
 

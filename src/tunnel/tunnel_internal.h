@@ -5,8 +5,6 @@
 #include <optional>
 #include <string>
 
-#include "src/common/status.h"
-
 namespace vpn {
 
 // orphans.cpp
@@ -22,8 +20,6 @@ bool KillProcessesUnder(const std::wstring& directory, const std::wstring& name)
 // friendly name is this system's own.
 std::optional<std::wstring> FindConflictingAdapter(const std::wstring& ownName);
 
-// Fails when the system proxy is switched on.
-Status CheckSystemProxy();
 
 }  // namespace vpn
 

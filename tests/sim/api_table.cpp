@@ -47,6 +47,12 @@ constexpr ApiEntry kTable[] = {
     Last("SetConsoleCtrlHandler", ERROR_NOT_ENOUGH_MEMORY),
     Last("FreeConsole", ERROR_INVALID_PARAMETER),
     Never("_setmode"),
+    Named("GetStdHandle", ERROR_INVALID_HANDLE),
+    Named("GetConsoleMode", ERROR_INVALID_HANDLE),
+    Named("GetConsoleScreenBufferInfo", ERROR_INVALID_HANDLE),
+    Named("SetConsoleTextAttribute", ERROR_INVALID_HANDLE),
+    Named("SetConsoleCursorInfo", ERROR_INVALID_HANDLE),
+    Last("WriteConsoleW", ERROR_INVALID_HANDLE),
     // Services
     Last("StartServiceCtrlDispatcherW", ERROR_FAILED_SERVICE_CONTROLLER_CONNECT),
     Last("RegisterServiceCtrlHandlerExW", ERROR_SERVICE_DOES_NOT_EXIST),
@@ -60,6 +66,7 @@ constexpr ApiEntry kTable[] = {
     Last("StartServiceW", ERROR_SERVICE_REQUEST_TIMEOUT),
     Last("ControlService", ERROR_SERVICE_NOT_ACTIVE),
     Last("QueryServiceStatus", ERROR_ACCESS_DENIED),
+    Last("QueryServiceConfigW", ERROR_ACCESS_DENIED),
     // Threads, processes, jobs
     Last("CreateThread", ERROR_NOT_ENOUGH_MEMORY),
     Last("CreateProcessW", ERROR_ACCESS_DENIED),
@@ -68,6 +75,11 @@ constexpr ApiEntry kTable[] = {
     Last("OpenProcess", ERROR_ACCESS_DENIED),
     Last("GetExitCodeProcess", ERROR_ACCESS_DENIED),
     Last("QueryFullProcessImageNameW", ERROR_GEN_FAILURE),
+    Last("GetProcessTimes", ERROR_ACCESS_DENIED),
+    Named("GetVersionExW", ERROR_INVALID_PARAMETER),
+    Last("CreatePipe", ERROR_NOT_ENOUGH_MEMORY),
+    Named("SetHandleInformation", ERROR_INVALID_HANDLE),
+    Named("SystemTimeToFileTime", ERROR_INVALID_PARAMETER),
     Last("CreateJobObjectW", ERROR_NO_SYSTEM_RESOURCES),
     Last("SetInformationJobObject", ERROR_ACCESS_DENIED),
     Last("AssignProcessToJobObject", ERROR_ACCESS_DENIED),
@@ -83,6 +95,10 @@ constexpr ApiEntry kTable[] = {
     Named("UnlockFileEx", ERROR_NOT_LOCKED),
     Last("DeleteFileW", ERROR_ACCESS_DENIED),
     Last("GetFileAttributesW", ERROR_ACCESS_DENIED),
+    Last("GetFileAttributesExW", ERROR_ACCESS_DENIED),
+    Last("GetFileVersionInfoSizeW", 1813),
+    Last("GetFileVersionInfoW", ERROR_ACCESS_DENIED),
+    Named("VerQueryValueW", ERROR_INVALID_PARAMETER),
     Last("FindFirstFileW", ERROR_ACCESS_DENIED),
     Named("FindClose", ERROR_INVALID_HANDLE),
     Last("GetFullPathNameW", ERROR_NOT_ENOUGH_MEMORY),
@@ -98,7 +114,10 @@ constexpr ApiEntry kTable[] = {
     Last("CreateNamedPipeW", ERROR_PIPE_BUSY),
     Last("ConnectNamedPipe", ERROR_NO_DATA),
     Last("DisconnectNamedPipe", ERROR_PIPE_NOT_CONNECTED),
+    Last("PeekNamedPipe", ERROR_BROKEN_PIPE),
     Last("ConvertStringSecurityDescriptorToSecurityDescriptorW", ERROR_INVALID_PARAMETER),
+    Result("GetNamedSecurityInfoW", ERROR_ACCESS_DENIED),
+    Last("ConvertSecurityDescriptorToStringSecurityDescriptorW", ERROR_INVALID_PARAMETER),
     // Registry
     Result("RegOpenKeyExW", ERROR_ACCESS_DENIED),
     Result("RegQueryValueExW", ERROR_ACCESS_DENIED),
@@ -150,6 +169,7 @@ constexpr ApiEntry kTable[] = {
     Result("SetIpInterfaceEntry", ERROR_ACCESS_DENIED),
     Result("SetInterfaceDnsSettings", ERROR_ACCESS_DENIED),
     Result("GetAdaptersAddresses", ERROR_NOT_ENOUGH_MEMORY),
+    Result("GetExtendedTcpTable", ERROR_ACCESS_DENIED),
 };
 
 }  // namespace

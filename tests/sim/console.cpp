@@ -37,6 +37,11 @@ bool Console::Send(std::uint32_t event) {
                      [event](Handler handler) { return handler(event) != 0; });
 }
 
+void Console::Append(const void* handle, const std::string& bytes) {
+  const MachineLock lock = core_.Lock();
+  (handle == OutputHandle() ? outputText_ : errorText_) += bytes;
+}
+
 void Console::SetCodePage(std::uint32_t codePage) {
   const MachineLock lock = core_.Lock();
   codePages_.push_back(codePage);

@@ -9,6 +9,7 @@
 
 #include "tests/sim/core.h"
 #include "tests/sim/streams.h"
+#include "tests/sim/terminal.h"
 
 namespace sim {
 
@@ -26,11 +27,22 @@ class Console {
   std::string Output() const;
   std::string Errors() const;
   std::vector<std::uint32_t> CodePages() const;  // every one that was set, in order
-  bool attached = true;                          // cleared by FreeConsole
+  // A person's window instead of a file or pipe: GetConsoleMode and its kin work, and what
+  // WriteConsoleW writes stands on the screen.
+  bool isTerminal = false;
+  Terminal terminal;
+  bool attached = true;  // cleared by FreeConsole
   // Calls the handlers, last added first, on this thread, until one says that it took the event.
   bool Send(std::uint32_t event);
 
   // For the platform's calls.
+  static void* OutputHandle() { return reinterpret_cast<void*>(std::uintptr_t{0x60000001}); }
+  static void* ErrorHandle() { return reinterpret_cast<void*>(std::uintptr_t{0x60000002}); }
+  static bool IsStandard(const void* handle) {
+    return handle == OutputHandle() || handle == ErrorHandle();
+  }
+  // What WriteFile writes on a standard handle.
+  void Append(const void* handle, const std::string& bytes);
   std::FILE* output() const { return output_; }
   std::FILE* errors() const { return errors_; }
   void SetCodePage(std::uint32_t codePage);

@@ -110,6 +110,16 @@ void Files::SetWritesFail(const std::wstring& path, bool fail) {
   Find(path)->writesFail = fail;
 }
 
+void Files::SetAccessList(const std::wstring& path, const std::string& sddl) {
+  const MachineLock lock = core_.Lock();
+  Find(path)->accessList = sddl;
+}
+
+void Files::SetVersion(const std::wstring& path, const std::string& version) {
+  const MachineLock lock = core_.Lock();
+  Find(path)->version = version;
+}
+
 std::wstring Files::Absolute(const std::wstring& path) const {
   const MachineLock lock = core_.Lock();
   return FullPath(path, currentDirectory);

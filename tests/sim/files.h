@@ -20,6 +20,8 @@ struct FileNode {
   bool locked = false;      // another program holds it open and shares nothing
   bool writesFail = false;  // opens, but every write to it is lost (a full disk)
   std::string content;
+  std::string accessList;  // in SDDL; empty: what C:\\Program Files has
+  std::string version;     // "0.1.0", of an executable with a version resource
   // What this machine's own streams have open: each read, write and share right counts.
   int readers = 0;
   int writers = 0;
@@ -45,6 +47,8 @@ class Files {
   void SetLocked(const std::wstring& path, bool locked);
   void SetRangeLocked(const std::wstring& path, bool locked);  // by another program
   void SetReadOnly(const std::wstring& path, bool readOnly);
+  void SetAccessList(const std::wstring& path, const std::string& sddl);
+  void SetVersion(const std::wstring& path, const std::string& version);
   void SetWritesFail(const std::wstring& path, bool fail);
 
   // For the platform's calls --------------------------------------------------------------------

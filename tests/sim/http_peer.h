@@ -35,7 +35,8 @@ struct HttpAnswer {
   std::uint32_t sendCode = 0;     // WinHttpSendRequest fails: name, connection, TLS, sending
   std::uint32_t receiveCode = 0;  // WinHttpReceiveResponse fails
   bool statusUnreadable = false;
-  size_t chunk = 8192;                               // bytes that come in at a time
+  std::optional<std::int64_t> dateBehind = std::nullopt;  // seconds; none: no Date is sent
+  size_t chunk = 8192;                                    // bytes that come in at a time
   size_t readAtMost = 0;                             // bytes that one read gives; 0: all asked for
   std::optional<size_t> breaksAfter = std::nullopt;  // bytes, where the body breaks off
   std::uint32_t breakCode = 12030;                   // and how it does

@@ -128,6 +128,7 @@ class Machine {
   Console console{core_, streams};
   Pipes pipes{core_};
   Services services{core_, clock};
+  std::uint32_t windowsBuild = 19045;  // of version 10.0
   std::wstring modulePath = L"C:\\Program Files\\Tavrin\\TavrinService.exe";
 
   // For the platform's calls --------------------------------------------------------------------

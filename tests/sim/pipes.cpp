@@ -124,6 +124,14 @@ std::uint32_t PipeClientEnd::Flush() {
   return !instance->serverOpen || instance->toServer.empty() ? 0 : kPending;
 }
 
+std::uint32_t PipeClientEnd::Peek(std::uint32_t* available) const {
+  if (!IsCurrent() || instance->state == State::kDisconnected) {
+    return ERROR_PIPE_NOT_CONNECTED;
+  }
+  *available = static_cast<std::uint32_t>(instance->toClient.size());
+  return instance->serverOpen || *available > 0 ? 0 : ERROR_BROKEN_PIPE;
+}
+
 void PipeClientEnd::Close() {
   if (IsCurrent() && instance->state == State::kConnected) {
     instance->state = State::kClosing;

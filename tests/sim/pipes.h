@@ -70,7 +70,23 @@ struct PipeClientEnd : Object {
   std::uint32_t Read(char* buffer, std::uint32_t size, std::uint32_t* count);
   std::uint32_t Write(const char* bytes, std::uint32_t size, std::uint32_t* count);
   std::uint32_t Flush();
+  // How many bytes wait to be read.
+  std::uint32_t Peek(std::uint32_t* available) const;
   void Close();
+};
+
+// What CreatePipe makes: the two ends of one stream of bytes.
+struct AnonymousPipe {
+  std::string bytes;
+  bool hasWriter = true;  // an end in this process or a child that inherited it
+};
+struct AnonymousReader : Object {
+  std::string Describe() const override { return "pipe's reading end"; }
+  std::shared_ptr<AnonymousPipe> pipe;
+};
+struct AnonymousWriter : Object {
+  std::string Describe() const override { return "pipe's writing end"; }
+  std::shared_ptr<AnonymousPipe> pipe;
 };
 
 class Pipes {

@@ -18,7 +18,8 @@ struct RegistryValue {
   std::vector<std::uint8_t> data;  // text in units of sizeof(wchar_t)
 };
 
-// Keys below HKEY_CURRENT_USER, by path and without regard to case.
+// Keys below HKEY_CURRENT_USER, by path and without regard to case. Those of other users begin with
+// `HKEY_USERS\\` and the user's SID.
 class Registry {
  public:
   explicit Registry(Core& core) : core_(core) {}

@@ -1,6 +1,8 @@
 #include "tests/sim/script.h"
 
 #include "tests/sim/path.h"
+#include "tests/sim/pipes.h"
+#include "tests/sim/processes.h"
 #include "tests/sim/text.h"
 
 namespace sim {
@@ -33,6 +35,14 @@ Script& Script::ActsAsNetsh(std::uint64_t after, std::optional<std::uint32_t> co
 Script& Script::Does(std::uint64_t after, std::function<void(Process&)> action) {
   steps.push_back({after, std::move(action)});
   return *this;
+}
+
+Script& Script::Prints(std::string text, std::uint64_t after) {
+  return Does(after, [text = std::move(text)](Process& process) {
+    if (process.output) {
+      process.output->bytes += text;
+    }
+  });
 }
 
 Script TypicalXray() {

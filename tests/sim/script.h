@@ -40,6 +40,8 @@ class Script {
   // 0xFFFFFFFF at that moment, as Xray does.
   Script& Listens(std::uint16_t port, std::uint64_t after);
   Script& BringsAdapter(AdapterPlan plan) { return Set(adapter, std::move(plan)); }
+  // Writes on its standard output.
+  Script& Prints(std::string text, std::uint64_t after = 1);
   // Carries out its command line on the network as netsh does after so long, and exits with netsh's
   // code, or with `code`.
   Script& ActsAsNetsh(std::uint64_t after, std::optional<std::uint32_t> code = std::nullopt);

@@ -23,6 +23,7 @@ class Listeners {
   void StopListening(std::uint16_t port);
   void StopAllOf(std::uint32_t processId);
   bool IsListening(std::uint16_t port) const;
+  std::map<std::uint16_t, std::uint32_t> Owners() const;  // process ids by port
 
  private:
   Core& core_;
@@ -37,6 +38,7 @@ struct ConnectPlan {
     kRefusedAtOnce,   // connect fails with `code`
     kSocketError,     // writable, and SO_ERROR gives `code`
     kNeverWritable,   // select times out although somebody listens
+    kConnectsAfter,   // `code` virtual milliseconds, whoever listens where
   };
   Kind kind;
   int code = 0;

@@ -60,6 +60,15 @@ ssize_t WriteCookie(void* cookie, const char* bytes, size_t size) {
   return written ? static_cast<ssize_t>(size) : 0;
 }
 
+int SeekCookie(void* cookie, off64_t* offset, int origin) {
+  Cookie* const self = static_cast<Cookie*>(cookie);
+  if (origin != SEEK_SET || *offset < 0) {
+    return -1;
+  }
+  self->stream->position = static_cast<size_t>(*offset);
+  return 0;
+}
+
 int CloseCookie(void* cookie) {
   const std::unique_ptr<Cookie> self = TakeCookie(static_cast<Cookie*>(cookie));
   if (const std::shared_ptr<Streams*> streams = self->streams.lock()) {
@@ -144,7 +153,8 @@ std::FILE* Streams::Attach(std::unique_ptr<Stream> stream, OpenItem item) {
   const bool write = stream->mode.write;
   Cookie* const cookie = MakeCookie(self_, stream.get());
   std::FILE* const file = fopencookie(
-      cookie, write ? "w" : "r", {ReadCookie, write ? WriteCookie : nullptr, nullptr, CloseCookie});
+      cookie, write ? "w" : "r",
+      {ReadCookie, write ? WriteCookie : nullptr, write ? nullptr : SeekCookie, CloseCookie});
   if (write) {
     // Without a buffer every write reaches the file at once, and a stream that a dead process left
     // open has nothing to flush at the program's end.

@@ -166,6 +166,10 @@ int sim_fwprintf(std::FILE* file, const wchar_t* format, ...) {
   return length < 0 || sim_fputws(text.c_str(), file) < 0 ? -1 : length;
 }
 
+int _fseeki64(std::FILE* file, long long offset, int origin) {
+  return fseeko(file, offset, origin);
+}
+
 // Overflow is held at the bounds, as the runtime's does.
 int _wtoi(const wchar_t* text) {
   while (std::iswspace(static_cast<std::wint_t>(*text))) {

@@ -110,6 +110,22 @@ DWORD GetFileAttributesW(LPCWSTR name) {
   return AttributesOf(*node);
 }
 
+BOOL GetFileAttributesExW(LPCWSTR name, GET_FILEEX_INFO_LEVELS /*level*/, LPVOID data) {
+  Call call("GetFileAttributesExW", {name});
+  if (call.failed()) {
+    return call.Fail(FALSE);
+  }
+  const auto node = call->files.Find(name);
+  if (!node) {
+    return call.Fail(FALSE, MissingError(call->files, name));
+  }
+  auto* const found = static_cast<WIN32_FILE_ATTRIBUTE_DATA*>(data);
+  *found = {};
+  found->dwFileAttributes = AttributesOf(*node);
+  found->nFileSizeLow = static_cast<DWORD>(node->content.size());
+  return TRUE;
+}
+
 HANDLE FindFirstFileW(LPCWSTR pattern, WIN32_FIND_DATAW* data) {
   Call call("FindFirstFileW", {pattern});
   if (call.failed()) {

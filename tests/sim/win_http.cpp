@@ -6,6 +6,7 @@
 #include <winhttp.h>
 
 #include <algorithm>
+#include <ctime>
 #include <cwchar>
 #include <optional>
 
@@ -213,6 +214,27 @@ BOOL WinHttpReceiveResponse(HINTERNET handle, LPVOID reserved) {
   return TRUE;
 }
 
+namespace {
+
+BOOL GiveDate(const Call& call, const sim::HttpAnswer& answer, SYSTEMTIME* date) {
+  if (!answer.dateBehind) {
+    return call.Fail(FALSE, ERROR_WINHTTP_HEADER_NOT_FOUND);
+  }
+  const std::time_t seconds = call->clock.UnixMilliseconds() / 1000 - *answer.dateBehind;
+  std::tm parts = {};
+  (void)gmtime_r(&seconds, &parts);
+  *date = {};
+  date->wYear = static_cast<WORD>(parts.tm_year + 1900);
+  date->wMonth = static_cast<WORD>(parts.tm_mon + 1);
+  date->wDay = static_cast<WORD>(parts.tm_mday);
+  date->wHour = static_cast<WORD>(parts.tm_hour);
+  date->wMinute = static_cast<WORD>(parts.tm_min);
+  date->wSecond = static_cast<WORD>(parts.tm_sec);
+  return TRUE;
+}
+
+}  // namespace
+
 BOOL WinHttpQueryHeaders(HINTERNET handle, DWORD infoLevel, LPCWSTR name, LPVOID buffer,
                          DWORD* bufferLength, DWORD* index) {
   Call call("WinHttpQueryHeaders", {Internet(handle), Arg::OfHex(infoLevel), name, *bufferLength,
@@ -223,6 +245,9 @@ BOOL WinHttpQueryHeaders(HINTERNET handle, DWORD infoLevel, LPCWSTR name, LPVOID
   const auto request = FindRequest(call, handle, InternetRequest::State::kReceived);
   if (!request) {
     return FALSE;
+  }
+  if (infoLevel == (WINHTTP_QUERY_DATE | WINHTTP_QUERY_FLAG_SYSTEMTIME)) {
+    return GiveDate(call, request->answer, static_cast<SYSTEMTIME*>(buffer));
   }
   const bool known = infoLevel == (WINHTTP_QUERY_STATUS_CODE | WINHTTP_QUERY_FLAG_NUMBER);
   if (!known || request->answer.statusUnreadable) {

@@ -173,9 +173,11 @@ NETIO_STATUS GetIpInterfaceEntry(MIB_IPINTERFACE_ROW* row) {
     return call.code();
   }
   const Adapter* const adapter = FindAdapter(call, row->InterfaceLuid);
-  if (adapter == nullptr || row->Family != AF_INET) {
+  if (adapter == nullptr || (row->Family != AF_INET && row->Family != AF_INET6)) {
     return adapter == nullptr ? ERROR_NOT_FOUND : ERROR_INVALID_PARAMETER;
   }
+  row->RouterDiscoveryBehavior =
+      adapter->ipv6RouterDiscovery ? RouterDiscoveryEnabled : RouterDiscoveryDisabled;
   row->InterfaceIndex = adapter->index;
   row->DadTransmits = adapter->dadTransmits;
   row->SitePrefixLength = 64;  // for IPv4 too, where the platform itself refuses it

@@ -4,6 +4,7 @@
 
 #include <windows.h>
 
+#include <algorithm>
 #include <functional>
 
 using sim::Arg;
@@ -98,6 +99,42 @@ BOOL ConvertStringSecurityDescriptorToSecurityDescriptorW(LPCWSTR text, DWORD re
   return TRUE;
 }
 
+DWORD GetNamedSecurityInfoW(LPCWSTR name, SE_OBJECT_TYPE type, DWORD information, LPVOID* /*owner*/,
+                            LPVOID* /*group*/, LPVOID* /*dacl*/, LPVOID* /*sacl*/,
+                            PSECURITY_DESCRIPTOR* descriptor) {
+  Call call("GetNamedSecurityInfoW", {name});
+  if (call.failed()) {
+    return call.code();
+  }
+  const auto node = call->files.Find(name);
+  if (!node || type != SE_FILE_OBJECT || information != DACL_SECURITY_INFORMATION) {
+    return node ? ERROR_INVALID_PARAMETER : ERROR_FILE_NOT_FOUND;
+  }
+  constexpr char kProgramFiles[] = "D:PAI(A;OICI;FA;;;SY)(A;OICI;FA;;;BA)(A;OICI;0x1200a9;;;BU)";
+  const auto owner = std::make_shared<std::wstring>(
+      sim::Widen(node->accessList.empty() ? kProgramFiles : node->accessList));
+  *descriptor = owner.get();
+  call.Track(owner.get(), kDescriptor, owner);
+  return 0;
+}
+
+BOOL ConvertSecurityDescriptorToStringSecurityDescriptorW(PSECURITY_DESCRIPTOR descriptor,
+                                                          DWORD /*revision*/, DWORD /*information*/,
+                                                          LPWSTR* text, ULONG* /*size*/) {
+  Call call("ConvertSecurityDescriptorToStringSecurityDescriptorW");
+  if (call.failed()) {
+    return call.Fail(FALSE);
+  }
+  const auto known = call->resources.Find(descriptor, kDescriptor);
+  if (!known) {
+    return call.Fail(FALSE, ERROR_INVALID_PARAMETER);
+  }
+  const auto copy = std::make_shared<std::wstring>(*std::static_pointer_cast<std::wstring>(known));
+  *text = copy->data();
+  call.Track(copy->data(), kDescriptor, copy);
+  return TRUE;
+}
+
 HLOCAL LocalFree(HLOCAL memory) {
   Call call("LocalFree");
   if (call.failed()) {
@@ -107,6 +144,27 @@ HLOCAL LocalFree(HLOCAL memory) {
     return call.Fail(memory, ERROR_INVALID_HANDLE);
   }
   return nullptr;
+}
+
+BOOL CreatePipe(HANDLE* reading, HANDLE* writing, SECURITY_ATTRIBUTES* attributes, DWORD size) {
+  Call call("CreatePipe", {attributes->bInheritHandle, size});
+  if (call.failed()) {
+    return call.Fail(FALSE);
+  }
+  const auto reader = std::make_shared<sim::AnonymousReader>();
+  const auto writer = std::make_shared<sim::AnonymousWriter>();
+  reader->pipe = writer->pipe = std::make_shared<sim::AnonymousPipe>();
+  *reading = call.OpenHandle(reader);
+  *writing = call.OpenHandle(writer);
+  return TRUE;
+}
+
+BOOL SetHandleInformation(HANDLE object, DWORD mask, DWORD flags) {
+  Call call("SetHandleInformation", {object, mask, flags});
+  if (call.failed()) {
+    return call.Fail(FALSE);
+  }
+  return call.Kernel<sim::Object>(object) ? TRUE : call.Fail(FALSE, ERROR_INVALID_HANDLE);
 }
 
 HANDLE CreateNamedPipeW(LPCWSTR name, DWORD openMode, DWORD pipeMode, DWORD maxInstances,
@@ -161,6 +219,21 @@ BOOL DisconnectNamedPipe(HANDLE pipe) {
   return Finish(call, error);
 }
 
+BOOL PeekNamedPipe(HANDLE pipe, LPVOID /*buffer*/, DWORD /*size*/, DWORD* /*read*/,
+                   DWORD* available, DWORD* /*left*/) {
+  Call call("PeekNamedPipe", {pipe});
+  if (call.failed()) {
+    return call.Fail(FALSE);
+  }
+  const auto object = call.Kernel<sim::Object>(pipe);
+  if (const auto reader = std::dynamic_pointer_cast<sim::AnonymousReader>(object)) {
+    *available = static_cast<DWORD>(reader->pipe->bytes.size());
+    return TRUE;
+  }
+  const auto client = std::dynamic_pointer_cast<sim::PipeClientEnd>(object);
+  return Finish(call, client ? client->Peek(available) : ERROR_INVALID_HANDLE);
+}
+
 HANDLE CreateFileW(LPCWSTR name, DWORD access, DWORD share, SECURITY_ATTRIBUTES* /*attributes*/,
                    DWORD disposition, DWORD flags, HANDLE /*templateFile*/) {
   Call call("CreateFileW", {name, Arg::OfHex(access), share, disposition, Arg::OfHex(flags)});
@@ -182,6 +255,14 @@ BOOL ReadFile(HANDLE file, LPVOID buffer, DWORD count, DWORD* read, OVERLAPPED* 
   if (call.failed()) {
     return call.Fail(FALSE);
   }
+  if (const auto reader =
+          std::dynamic_pointer_cast<sim::AnonymousReader>(call.Kernel<sim::Object>(file))) {
+    std::string& bytes = reader->pipe->bytes;
+    *read = static_cast<DWORD>(std::min<size_t>(count, bytes.size()));
+    std::copy_n(bytes.begin(), *read, static_cast<char*>(buffer));
+    bytes.erase(0, *read);
+    return TRUE;
+  }
   count = call->pipes.TakeLimit(count);
   if (count == 0) {
     return TRUE;
@@ -198,6 +279,11 @@ BOOL WriteFile(HANDLE file, LPCVOID buffer, DWORD count, DWORD* written,
   *written = 0;
   if (call.failed()) {
     return call.Fail(FALSE);
+  }
+  if (sim::Console::IsStandard(file)) {
+    call->console.Append(file, std::string(static_cast<const char*>(buffer), count));
+    *written = count;
+    return TRUE;
   }
   count = call->pipes.TakeLimit(count);
   if (count == 0) {

@@ -126,6 +126,10 @@ BOOL CreateProcessW(LPCWSTR applicationName, LPWSTR commandLine,
     return call.Fail(FALSE, error);
   }
   const auto process = Start(call, creation, commandLine, flags);
+  if ((startupInfo->dwFlags & STARTF_USESTDHANDLES) != 0) {
+    const auto writer = call.Kernel<sim::AnonymousWriter>(startupInfo->hStdOutput);
+    process->output = writer ? writer->pipe : nullptr;
+  }
   const auto thread = std::make_shared<sim::ChildThread>();
   thread->process = process;
   information->hProcess = call.OpenHandle(process, PROCESS_ALL_ACCESS);

@@ -13,6 +13,19 @@ std::uintptr_t ValueOf(HKEY key) {
   return reinterpret_cast<std::uintptr_t>(key);
 }
 
+// What stands in front of the names of a key's own keys: nothing for the current user's.
+std::wstring PathBelow(const Call& call, HKEY key) {
+  if (key == HKEY_CURRENT_USER) {
+    return L"";
+  }
+  if (key == HKEY_USERS) {
+    return L"HKEY_USERS\\";
+  }
+  const auto object =
+      call->handles.FindAs<sim::RegistryKey>(ValueOf(key), sim::Family::kRegistry, call.name());
+  return object ? object->path + L"\\" : L"no such key\\";
+}
+
 LSTATUS AsStatus(DWORD code) {
   return static_cast<LSTATUS>(code);
 }
@@ -25,11 +38,12 @@ LSTATUS RegOpenKeyExW(HKEY key, LPCWSTR subKey, DWORD /*options*/, REGSAM access
   if (call.failed()) {
     return AsStatus(call.code());
   }
-  if (key != HKEY_CURRENT_USER || !call->registry.HasKey(subKey)) {
+  const std::wstring path = PathBelow(call, key) + subKey;
+  if (!call->registry.HasKey(path)) {
     return ERROR_FILE_NOT_FOUND;
   }
   const auto object = std::make_shared<sim::RegistryKey>();
-  object->path = subKey;
+  object->path = path;
   *result = reinterpret_cast<HKEY>(call.Open(object, access));
   return ERROR_SUCCESS;
 }

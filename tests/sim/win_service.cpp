@@ -4,6 +4,7 @@
 
 #include <windows.h>
 
+#include <algorithm>
 #include <thread>
 #include <utility>
 
@@ -119,7 +120,8 @@ SC_HANDLE OpenServiceW(SC_HANDLE manager, LPCWSTR name, DWORD access) {
   if (!record) {
     return call.Fail(kNone, ERROR_SERVICE_DOES_NOT_EXIST);
   }
-  if (!call->services.administrator) {
+  const bool onlyAsks = (access & ~(SERVICE_QUERY_STATUS | SERVICE_QUERY_CONFIG)) == 0;
+  if (!call->services.administrator && !onlyAsks) {
     return call.Fail(kNone, ERROR_ACCESS_DENIED);
   }
   return OpenService(call, std::move(record), access);
@@ -246,5 +248,29 @@ BOOL QueryServiceStatus(SC_HANDLE service, SERVICE_STATUS* status) {
   *status = {};
   status->dwServiceType = record->type;
   status->dwCurrentState = record->state;
+  return TRUE;
+}
+
+BOOL QueryServiceConfigW(SC_HANDLE service, QUERY_SERVICE_CONFIGW* config, DWORD size,
+                         DWORD* needed) {
+  Call call("QueryServiceConfigW", {Arg::OfHandle(ValueOf(service)), size});
+  if (call.failed()) {
+    return call.Fail(FALSE);
+  }
+  const auto record = Service(call, service, SERVICE_QUERY_CONFIG);
+  if (!record) {
+    return FALSE;
+  }
+  const std::wstring path = sim::Widen(record->binaryPath);
+  const size_t wanted = sizeof *config + (path.size() + 1) * sizeof(wchar_t);
+  *needed = static_cast<DWORD>(wanted);
+  if (size < wanted) {
+    return call.Fail(FALSE, ERROR_INSUFFICIENT_BUFFER);
+  }
+  *config = {};
+  config->dwServiceType = record->type;
+  config->dwStartType = record->startType;
+  config->lpBinaryPathName = reinterpret_cast<wchar_t*>(config + 1);
+  std::copy_n(path.c_str(), path.size() + 1, config->lpBinaryPathName);
   return TRUE;
 }

@@ -2,6 +2,7 @@
 #include "tests/sim/call.h"
 
 #include <winsock2.h>
+#include <iphlpapi.h>
 
 #include <algorithm>
 #include <cstring>
@@ -28,6 +29,11 @@ bool FdHas(SOCKET socket, const sim_fd_set* set) {
   return std::find(set->fd_array, end, socket) != end;
 }
 
+std::map<std::uint16_t, std::uint32_t> Listeners::Owners() const {
+  const MachineLock lock = core_.Lock();
+  return ports_;
+}
+
 }  // namespace sim
 
 namespace {
@@ -49,20 +55,26 @@ USHORT LoopbackPort(const sockaddr* address, int length) {
   return ntohl(ipv4.sin_addr.S_un.S_addr) == INADDR_LOOPBACK ? ntohs(ipv4.sin_port) : USHORT{0};
 }
 
-int FollowPlan(const Call& call, sim::Socket& socket, const ConnectPlan& plan) {
+int FollowPlan(const Call& call, const std::shared_ptr<sim::Socket>& socket,
+               const ConnectPlan& plan) {
   using State = sim::Socket::State;
   switch (plan.kind) {
     case ConnectPlan::Kind::kConnectsAtOnce:
-      socket.state = State::kConnected;
+      socket->state = State::kConnected;
       return 0;
     case ConnectPlan::Kind::kRefusedAtOnce:
       return call.Fail(SOCKET_ERROR, static_cast<std::uint32_t>(plan.code));
     case ConnectPlan::Kind::kSocketError:
-      socket.state = State::kFailed;
-      socket.error = plan.code;
+      socket->state = State::kFailed;
+      socket->error = plan.code;
       break;
+    case ConnectPlan::Kind::kConnectsAfter:
+      socket->state = State::kConnecting;
+      call->clock.After(static_cast<std::uint64_t>(plan.code),
+                        [socket] { socket->state = State::kConnected; });
+      return call.Fail(SOCKET_ERROR, WSAEWOULDBLOCK);
     case ConnectPlan::Kind::kNeverWritable:
-      socket.state = State::kConnecting;
+      socket->state = State::kConnecting;
       break;
   }
   return call.Fail(SOCKET_ERROR, WSAEWOULDBLOCK);
@@ -169,7 +181,7 @@ int connect(SOCKET socket, const sockaddr* address, int length) {
   }
   ConnectPlan plan = {};
   if (call->connects.Take(&plan)) {
-    return FollowPlan(call, *object, plan);
+    return FollowPlan(call, object, plan);
   }
   return ConnectByModel(call, *object, port != 0 && call->listeners.IsListening(port));
 }
@@ -214,4 +226,29 @@ int getsockopt(SOCKET socket, int level, int option, char* value, int* length) {
   std::memcpy(value, &object->error, sizeof object->error);
   *length = sizeof object->error;
   return 0;
+}
+
+DWORD GetExtendedTcpTable(LPVOID table, DWORD* size, BOOL /*order*/, ULONG family,
+                          TCP_TABLE_CLASS tableClass, ULONG /*reserved*/) {
+  Call call("GetExtendedTcpTable");
+  if (call.failed()) {
+    return call.code();
+  }
+  if (family != AF_INET || tableClass != TCP_TABLE_OWNER_PID_LISTENER) {
+    return ERROR_INVALID_PARAMETER;
+  }
+  const auto owners = call->listeners.Owners();
+  const DWORD wanted =
+      static_cast<DWORD>(sizeof(DWORD) + owners.size() * sizeof(MIB_TCPROW_OWNER_PID));
+  const bool fits = table != nullptr && *size >= wanted;
+  *size = wanted;
+  if (!fits) {
+    return ERROR_INSUFFICIENT_BUFFER;
+  }
+  auto* const result = static_cast<MIB_TCPTABLE_OWNER_PID*>(table);
+  result->dwNumEntries = 0;
+  for (const auto& [port, owner] : owners) {
+    result->table[result->dwNumEntries++] = {2, 0x0100007F, htons(port), 0, 0, owner};
+  }
+  return NO_ERROR;
 }

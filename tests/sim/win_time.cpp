@@ -29,6 +29,13 @@ void SetTime(std::chrono::milliseconds sinceMidnight, SYSTEMTIME* systemTime) {
   systemTime->wMilliseconds = static_cast<WORD>(time.subseconds().count());
 }
 
+FILETIME FileTimeOf(std::int64_t unixMilliseconds) {
+  const std::chrono::milliseconds sinceFirstDay =
+      std::chrono::milliseconds(unixMilliseconds) - kFirstDay.time_since_epoch();
+  const auto ticks = static_cast<std::uint64_t>(Ticks(sinceFirstDay).count());
+  return {static_cast<DWORD>(ticks & 0xFFFFFFFF), static_cast<DWORD>(ticks >> 32)};
+}
+
 // 1969, because of zones east of Greenwich, to 3001; a wrong guess is corrected by the result.
 bool IsPlausible(std::int64_t year) {
   return year >= 1969 && year <= 3001;
@@ -47,11 +54,39 @@ void GetSystemTime(SYSTEMTIME* systemTime) {
 
 void GetSystemTimeAsFileTime(FILETIME* fileTime) {
   Call call("GetSystemTimeAsFileTime");
-  const std::chrono::milliseconds sinceFirstDay =
-      std::chrono::milliseconds(call->clock.UnixMilliseconds()) - kFirstDay.time_since_epoch();
-  const auto ticks = static_cast<std::uint64_t>(Ticks(sinceFirstDay).count());
-  fileTime->dwLowDateTime = static_cast<DWORD>(ticks & 0xFFFFFFFF);
-  fileTime->dwHighDateTime = static_cast<DWORD>(ticks >> 32);
+  *fileTime = FileTimeOf(call->clock.UnixMilliseconds());
+}
+
+BOOL GetProcessTimes(HANDLE process, FILETIME* creation, FILETIME* exit, FILETIME* kernel,
+                     FILETIME* user) {
+  Call call("GetProcessTimes", {process});
+  if (call.failed()) {
+    return call.Fail(FALSE);
+  }
+  const auto target = call.Kernel<sim::Process>(process);
+  if (!target) {
+    return call.Fail(FALSE, ERROR_INVALID_HANDLE);
+  }
+  const auto age = static_cast<std::int64_t>(call->clock.Now() - target->startedAt);
+  *creation = FileTimeOf(call->clock.UnixMilliseconds() - age);
+  *exit = *kernel = *user = {};
+  return TRUE;
+}
+
+BOOL SystemTimeToFileTime(const SYSTEMTIME* systemTime, FILETIME* fileTime) {
+  Call call("SystemTimeToFileTime");
+  if (call.failed()) {
+    return call.Fail(FALSE);
+  }
+  const std::chrono::sys_days day = std::chrono::year(systemTime->wYear) /
+                                    static_cast<int>(systemTime->wMonth) /
+                                    static_cast<int>(systemTime->wDay);
+  const auto time = std::chrono::hours(systemTime->wHour) +
+                    std::chrono::minutes(systemTime->wMinute) +
+                    std::chrono::seconds(systemTime->wSecond);
+  *fileTime = FileTimeOf(
+      std::chrono::duration_cast<std::chrono::milliseconds>(day.time_since_epoch() + time).count());
+  return TRUE;
 }
 
 BOOL FileTimeToSystemTime(const FILETIME* fileTime, SYSTEMTIME* systemTime) {

@@ -132,6 +132,8 @@ NETIO_STATUS WINAPI GetIpInterfaceEntry(PMIB_IPINTERFACE_ROW row) {
         if (adapter == nullptr) return ERROR_NOT_FOUND;
         row->InterfaceIndex = adapter->index;
         row->DadTransmits = adapter->dadTransmits;
+        row->RouterDiscoveryBehavior =
+            adapter->ipv6RouterDiscovery ? RouterDiscoveryEnabled : RouterDiscoveryDisabled;
         row->NlMtu = adapter->mtu;
         return NO_ERROR;
       });
@@ -158,6 +160,13 @@ DWORD WINAPI SetInterfaceDnsSettings(GUID guid, const DnsInterfaceSettings* sett
       "SetInterfaceDnsSettings",
       [&guid, settings](const Network& n) { return DescribeDns(n, guid, *settings); },
       [&guid, settings](Network& n) { return ApplyDns(n, guid, *settings); });
+}
+
+// Who listens where is no part of the model.
+DWORD WINAPI GetExtendedTcpTable(void* /*table*/, DWORD* size, BOOL /*order*/, ULONG /*family*/,
+                                 TCP_TABLE_CLASS /*kind*/, ULONG /*reserved*/) {
+  *size = 0;
+  return ERROR_NOT_SUPPORTED;
 }
 
 }  // extern "C"

@@ -78,6 +78,10 @@ void RequireWintun() {
 }  // namespace standins
 
 int wmain(int argc, wchar_t** argv) {
+  if (argc == 2 && std::wstring(argv[1]) == L"--version") {
+    std::printf("tun2socks-2.6.0\nwindows/amd64, go1.26\n");
+    return 0;
+  }
   const standins::MachineState state = standins::LogOwnStart();
   const auto options = standins::ReadTun2socksOptions(argc, argv);
   if (!options || options->device.empty() || options->proxy.empty()) {

@@ -40,8 +40,12 @@ void LogStarted(const XrayConfig& config) {
   AppendToFile(ToWide(config.errorLog), Timestamp() + " [Warning] core: Xray 26.1.1 started\r\n");
 }
 
-XrayConfig LoadConfig(const wchar_t* path) {
+void PrintVersion() {
   std::printf("Xray 26.1.1 (Xray, Penetrates Everything.) standin (go1.26 windows/amd64)\n");
+}
+
+XrayConfig LoadConfig(const wchar_t* path) {
+  PrintVersion();
   try {
     const auto text = ReadWholeFile(path);
     if (!text) throw std::runtime_error("cannot read the file");
@@ -107,6 +111,15 @@ void ServeUntilClosed(SOCKET client) {
 }  // namespace standins
 
 int wmain(int argc, wchar_t** argv) {
+  if (argc == 2 && std::wstring(argv[1]) == L"version") {
+    standins::PrintVersion();
+    return 0;
+  }
+  if (argc == 5 && std::wstring(argv[1]) == L"run" && std::wstring(argv[2]) == L"-test") {
+    (void)standins::LoadConfig(argv[4]);
+    std::printf("Configuration OK.\n");
+    return 0;
+  }
   const bool understood =
       argc == 4 && std::wstring(argv[1]) == L"run" && std::wstring(argv[2]) == L"-c";
   if (!understood) {

@@ -7,6 +7,8 @@
 #include <win/registry.h>
 #include <win/services.h>
 #include <win/crt.h>
+#include <win/terminal.h>
 #include <win/time.h>
+#include <win/version.h>
 
 #endif  // TAVRIN_TESTS_SIM_INCLUDE_WINDOWS_H_

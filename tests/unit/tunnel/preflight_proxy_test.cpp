@@ -17,7 +17,7 @@ constexpr std::uint32_t kQword = 11;
 
 class SystemProxy : public ProductTest {
  protected:
-  bool ProxyIsOn() { return !Succeeds(vpn::CheckSystemProxy(), error); }
+  bool ProxyIsOn() { return !Succeeds(vpn::CheckSystemProxy(HKEY_CURRENT_USER), error); }
   void SwitchProxyOn(const wchar_t* server) {
     machine.registry.SetDword(kSettings, L"ProxyEnable", 1);
     machine.registry.SetText(kSettings, L"ProxyServer", server);

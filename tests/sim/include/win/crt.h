@@ -27,6 +27,7 @@ int _setmode(int descriptor, int mode);
 int _fileno(std::FILE* file);
 std::intptr_t _get_osfhandle(int descriptor);
 int _wtoi(const wchar_t* text);
+int _fseeki64(std::FILE* file, long long offset, int origin);
 
 std::FILE* sim_stdout();
 std::FILE* sim_stderr();

@@ -68,6 +68,16 @@ BOOL LockFileEx(HANDLE file, DWORD flags, DWORD reserved, DWORD countLow, DWORD 
 BOOL UnlockFileEx(HANDLE file, DWORD reserved, DWORD countLow, DWORD countHigh, OVERLAPPED* place);
 BOOL DeleteFileW(LPCWSTR name);
 DWORD GetFileAttributesW(LPCWSTR name);
+struct WIN32_FILE_ATTRIBUTE_DATA {
+  DWORD dwFileAttributes;
+  FILETIME ftCreationTime;
+  FILETIME ftLastAccessTime;
+  FILETIME ftLastWriteTime;
+  DWORD nFileSizeHigh;
+  DWORD nFileSizeLow;
+};
+enum GET_FILEEX_INFO_LEVELS { GetFileExInfoStandard };
+BOOL GetFileAttributesExW(LPCWSTR name, GET_FILEEX_INFO_LEVELS level, LPVOID data);
 HANDLE FindFirstFileW(LPCWSTR pattern, WIN32_FIND_DATAW* data);
 BOOL FindClose(HANDLE find);
 DWORD GetFullPathNameW(LPCWSTR name, DWORD size, LPWSTR buffer, LPWSTR* filePart);
@@ -78,8 +88,19 @@ HANDLE CreateNamedPipeW(LPCWSTR name, DWORD openMode, DWORD pipeMode, DWORD maxI
                         SECURITY_ATTRIBUTES* attributes);
 BOOL ConnectNamedPipe(HANDLE pipe, OVERLAPPED* overlapped);
 BOOL DisconnectNamedPipe(HANDLE pipe);
+BOOL PeekNamedPipe(HANDLE pipe, LPVOID buffer, DWORD size, DWORD* read, DWORD* available,
+                   DWORD* left);
 BOOL ConvertStringSecurityDescriptorToSecurityDescriptorW(LPCWSTR text, DWORD revision,
                                                           PSECURITY_DESCRIPTOR* descriptor,
                                                           ULONG* size);
+
+#define DACL_SECURITY_INFORMATION 0x00000004u
+enum SE_OBJECT_TYPE { SE_UNKNOWN_OBJECT_TYPE = 0, SE_FILE_OBJECT };
+DWORD GetNamedSecurityInfoW(LPCWSTR name, SE_OBJECT_TYPE type, DWORD information, LPVOID* owner,
+                            LPVOID* group, LPVOID* dacl, LPVOID* sacl,
+                            PSECURITY_DESCRIPTOR* descriptor);
+BOOL ConvertSecurityDescriptorToStringSecurityDescriptorW(PSECURITY_DESCRIPTOR descriptor,
+                                                          DWORD revision, DWORD information,
+                                                          LPWSTR* text, ULONG* size);
 
 #endif  // TAVRIN_TESTS_SIM_INCLUDE_WIN_FILES_H_

@@ -296,4 +296,20 @@ NETIO_STATUS SetInterfaceDnsSettings(GUID interfaceGuid, const DNS_INTERFACE_SET
 ULONG GetAdaptersAddresses(ULONG family, ULONG flags, PVOID reserved, IP_ADAPTER_ADDRESSES* buffer,
                            ULONG* size);
 
+enum TCP_TABLE_CLASS { TCP_TABLE_BASIC_LISTENER, TCP_TABLE_OWNER_PID_LISTENER = 3 };
+struct MIB_TCPROW_OWNER_PID {
+  DWORD dwState;
+  DWORD dwLocalAddr;
+  DWORD dwLocalPort;
+  DWORD dwRemoteAddr;
+  DWORD dwRemotePort;
+  DWORD dwOwningPid;
+};
+struct MIB_TCPTABLE_OWNER_PID {
+  DWORD dwNumEntries;
+  MIB_TCPROW_OWNER_PID table[ANY_SIZE];
+};
+DWORD GetExtendedTcpTable(LPVOID table, DWORD* size, BOOL order, ULONG family,
+                          TCP_TABLE_CLASS tableClass, ULONG reserved);
+
 #endif  // TAVRIN_TESTS_SIM_INCLUDE_WIN_IP_HELPER_H_

@@ -105,6 +105,19 @@ static_assert(sizeof(JOBOBJECT_EXTENDED_LIMIT_INFORMATION) == 144);
 using LPTHREAD_START_ROUTINE = DWORD (*)(LPVOID);
 using PTHREAD_START_ROUTINE = LPTHREAD_START_ROUTINE;
 
+struct OSVERSIONINFOW {
+  DWORD dwOSVersionInfoSize;
+  DWORD dwMajorVersion;
+  DWORD dwMinorVersion;
+  DWORD dwBuildNumber;
+  DWORD dwPlatformId;
+  WCHAR szCSDVersion[128];
+};
+#define HANDLE_FLAG_INHERIT 0x00000001u
+
+BOOL GetVersionExW(OSVERSIONINFOW* version);
+BOOL CreatePipe(HANDLE* reading, HANDLE* writing, SECURITY_ATTRIBUTES* attributes, DWORD size);
+BOOL SetHandleInformation(HANDLE object, DWORD mask, DWORD flags);
 DWORD GetLastError();
 void SetLastError(DWORD code);
 BOOL CloseHandle(HANDLE object);

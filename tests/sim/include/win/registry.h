@@ -10,6 +10,7 @@ using REGSAM = DWORD;
 
 #define HKEY_CURRENT_USER (reinterpret_cast<HKEY>(static_cast<ULONG_PTR>(0x80000001u)))
 #define HKEY_LOCAL_MACHINE (reinterpret_cast<HKEY>(static_cast<ULONG_PTR>(0x80000002u)))
+#define HKEY_USERS (reinterpret_cast<HKEY>(static_cast<ULONG_PTR>(0x80000003u)))
 #define KEY_QUERY_VALUE 0x0001u
 #define KEY_READ 0x20019u
 #define REG_NONE 0u

@@ -1,0 +1,174 @@
+#include "client/cli/command_help.h"
+
+#include <algorithm>
+#include <iterator>
+#include <string_view>
+
+#include "client/text/display_width.h"
+#include "src/common/text.h"
+
+namespace vpn {
+namespace {
+
+constexpr OptionHelp kJson = {"--json", "print one JSON object"};
+constexpr OptionHelp kRuntime = {"--runtime DIR",
+                                 "the service's runtime directory, when it is not found by itself"};
+
+std::wstring Indented(const char* left, size_t width, const char* right) {
+  return L"  " + PadRight(Utf8ToWide(left), width) + L"  " + Utf8ToWide(right) + L"\n";
+}
+
+// "--timeout" of "--timeout S".
+std::string OptionWord(const OptionHelp& option) {
+  const std::string_view name = option.name;
+  return std::string(name.substr(0, name.find(' ')));
+}
+
+std::wstring Quoted(const std::string& word) {
+  return L"'" + Utf8ToWide(word) + L"'";
+}
+
+}  // namespace
+
+const std::vector<CommandHelp>& AllCommands() {
+  static const std::vector<CommandHelp>& commands = *new std::vector<CommandHelp>{
+      {"status",
+       "[OPTION...]",
+       "is the tunnel up, since when, and through which node",
+       {{"--watch", "stay, and look again every second"}, kJson, kRuntime},
+       {},
+       {"tavrinctl status", "tavrinctl status --json"}},
+      {"connect",
+       "[NODE] [OPTION...]",
+       "connect to a node, the account's first one if none is named, and show each step",
+       {{"--timeout S", "wait so many seconds for the reply"},
+        {"--force", "send the node's name without looking it up"},
+        {"--quiet", "print nothing but errors"},
+        kJson,
+        kRuntime},
+       {"Ctrl+C ends this program; the service goes on with the connect."},
+       {"tavrinctl connect", "tavrinctl connect \"Tokyo 01\" --timeout 30"}},
+      {"disconnect", "[OPTION...]", "end the tunnel", {kJson}, {}, {"tavrinctl disconnect"}},
+      {"shutdown",
+       "[OPTION...]",
+       "end the tunnel, and the service's process unless it runs as a Windows service",
+       {kJson},
+       {},
+       {"tavrinctl shutdown"}},
+      {"request",
+       "TEXT",
+       "send TEXT to the service byte for byte and print its reply",
+       {},
+       {},
+       {"tavrinctl request '{\"op\":\"status\"}'"}},
+      {"nodes",
+       "[OPTION...]",
+       "the account's nodes",
+       {{"--latency", "measure the time of a TCP connect to each, 2 s at most"}, kJson, kRuntime},
+       {"With a tunnel up the way leads past it for the running node alone."},
+       {"tavrinctl nodes", "tavrinctl nodes --latency"}},
+      {"trace",
+       "[OPTION...]",
+       "what the connects in the trace file did, and how long each step took",
+       {{"--last N", "the last N connects; 1 by default, in a page all of them"},
+        {"--html FILE", "write a page with all of them instead"},
+        kJson,
+        kRuntime},
+       {},
+       {"tavrinctl trace", "tavrinctl trace --last 3", "tavrinctl trace --html connects.html"}},
+      {"doctor",
+       "[OPTION...]",
+       "is this machine ready? Checks that change nothing, and what to do about each finding",
+       {kJson, kRuntime},
+       {"Run it with administrator's rights to see the settings of the service's own account."},
+       {"tavrinctl doctor", "tavrinctl doctor --json"}},
+      {"report",
+       "FILE [OPTION...]",
+       "one Markdown file for support, without a secret in it",
+       {kRuntime},
+       {"It holds versions, the doctor's findings, the last 200 lines of the log, the last 20",
+        "connects, and the shape of the generated configuration with all values masked."},
+       {"tavrinctl report tavrin.md"}},
+      {"help",
+       "[COMMAND]",
+       "what a command does, with examples",
+       {},
+       {},
+       {"tavrinctl help connect"}},
+      {"completion",
+       "powershell",
+       "a script that completes commands and options in PowerShell",
+       {},
+       {},
+       {"tavrinctl completion powershell >> $PROFILE"}},
+  };
+  return commands;
+}
+
+const CommandHelp* FindCommandHelp(const std::string& name) {
+  const std::vector<CommandHelp>& commands = AllCommands();
+  const auto found =
+      std::find_if(commands.begin(), commands.end(),
+                   [&name](const CommandHelp& command) { return name == command.name; });
+  return found == commands.end() ? nullptr : &*found;
+}
+
+std::wstring OverviewText() {
+  std::wstring text =
+      L"tavrinctl drives the Tavrin service and shows what a connect does.\n\n"
+      L"Usage: tavrinctl COMMAND [OPTION...]\n\n";
+  for (const CommandHelp& command : AllCommands()) {
+    text += Indented(command.name, 12, command.summary);
+  }
+  return text +
+         L"\n  tavrinctl help COMMAND    more about one of them\n"
+         L"  tavrinctl --version       this program's version\n\n"
+         L"Exit codes: 0 done, 1 refused or a problem found, 2 service not reached,\n"
+         L"3 wrong command line, 130 interrupted.\n";
+}
+
+std::wstring CommandHelpText(const CommandHelp& command) {
+  std::wstring text = L"Usage: tavrinctl " + Utf8ToWide(command.name) + L" " +
+                      Utf8ToWide(command.usage) + L"\n\n  " + Utf8ToWide(command.summary) + L"\n";
+  text += command.options.empty() ? L"" : L"\nOptions:\n";
+  for (const OptionHelp& option : command.options) {
+    text += Indented(option.name, 14, option.meaning);
+  }
+  text += command.notes.empty() ? L"" : L"\n";
+  for (const char* note : command.notes) {
+    text += Utf8ToWide(note) + L"\n";
+  }
+  text += L"\nExamples:\n";
+  for (const char* example : command.examples) {
+    text += L"  " + Utf8ToWide(example) + L"\n";
+  }
+  return text;
+}
+
+std::wstring PowerShellCompletion() {
+  std::wstring text =
+      L"Register-ArgumentCompleter -Native -CommandName tavrinctl -ScriptBlock {\n"
+      L"    param($word, $ast, $position)\n"
+      L"    $options = @{\n";
+  for (const CommandHelp& command : AllCommands()) {
+    text += L"        " + Quoted(command.name) + L" = @(";
+    for (size_t at = 0; at < command.options.size(); ++at) {
+      text += (at == 0 ? L"" : L", ") + Quoted(OptionWord(command.options[at]));
+    }
+    text += L")\n";
+  }
+  return text +
+         L"    }\n"
+         L"    $words = @($ast.CommandElements | Select-Object -Skip 1 | ForEach-Object { \"$_\" "
+         L"})\n"
+         L"    $command = $words | Where-Object { $options.ContainsKey($_) } | Select-Object "
+         L"-First 1\n"
+         L"    $choices = if ($command -and $command -ne $word) { $options[$command] }"
+         L" else { $options.Keys | Sort-Object }\n"
+         L"    $choices | Where-Object { $_ -like \"$word*\" } | ForEach-Object {\n"
+         L"        [System.Management.Automation.CompletionResult]::new($_)\n"
+         L"    }\n"
+         L"}\n";
+}
+
+}  // namespace vpn

@@ -1,0 +1,101 @@
+#include "client/commands/asking.h"
+
+#include "client/advice/advice.h"
+#include "client/exit_codes.h"
+#include "client/json/json_text.h"
+#include "client/service/presence.h"
+#include "client/text/amounts.h"
+#include "client/text/display_width.h"
+
+namespace vpn {
+namespace {
+
+constexpr std::uint64_t kWorthTelling = 500;  // milliseconds of being busy
+
+NoReply DescribeAbsence() {
+  const InstalledService installed = FindInstalledService();
+  if (!installed.isInstalled) {
+    return {"absent", L"The service is not running, and it is not installed.",
+            L"run TavrinService.exe --install with administrator's rights"};
+  }
+  return {"absent", L"The service is installed, but it is not running.",
+          L"run \"sc start TavrinService\" with administrator's rights"};
+}
+
+}  // namespace
+
+ExchangeHooks PatientHooks(MovingLine& moving, Output& err, const InterruptWatch& interrupt) {
+  ExchangeHooks hooks;
+  bool told = false;
+  hooks.whileBusy = [&moving, &err, told](std::uint64_t waited) mutable {
+    if (waited < kWorthTelling) {
+      return;
+    }
+    if (!err.isLively() && !told) {
+      err.line(L"The service is busy with another client; waiting.");
+    }
+    told = true;
+    moving.show(std::wstring(1, WheelAt(waited)) +
+                L" The service is busy with another client; waiting … (" +
+                DurationText(waited / 1000) + L")");
+  };
+  hooks.beforeSending = [&moving] { moving.clear(); };
+  hooks.isInterrupted = [&interrupt] { return interrupt.wasInterrupted(); };
+  return hooks;
+}
+
+ExchangeEnd Ask(const std::string& request, const ExchangeHooks& hooks, Reply& reply) {
+  std::string text;
+  const ExchangeEnd end = Exchange(request, hooks, text);
+  if (end != ExchangeEnd::kReplied) {
+    return end;
+  }
+  return ParseReply(text, reply) ? ExchangeEnd::kReplied : ExchangeEnd::kBroken;
+}
+
+ExchangeEnd AskPatiently(const std::string& request, Screen& screen, Reply& reply) {
+  const InterruptWatch interrupt;
+  MovingLine moving(screen.err);
+  return Ask(request, PatientHooks(moving, screen.err, interrupt), reply);
+}
+
+NoReply DescribeNoReply(ExchangeEnd end) {
+  switch (end) {
+    case ExchangeEnd::kBusy:
+      return {"busy", L"The service has been busy with another client for a minute.",
+              L"wait for the other client, or end it; tavrin-service.log tells what it asked"};
+    case ExchangeEnd::kRefused:
+      return {"refused", L"This user may not open the service's pipe.",
+              L"sign in to Windows with an account of this machine"};
+    case ExchangeEnd::kBroken:
+      return {"broken", L"The connection ended without a proper reply.",
+              L"look at the end of tavrin-service.log, and try again"};
+    case ExchangeEnd::kTimedOut:
+      return {"timeout", L"There was no reply in time; the service may still be at work.",
+              L"run tavrinctl status, which waits until the service is free"};
+    case ExchangeEnd::kInterrupted:
+      return {"interrupted", L"Interrupted.", L"run tavrinctl status to see how things stand"};
+    default:
+      return DescribeAbsence();
+  }
+}
+
+int FailWithoutReply(ExchangeEnd end, bool json, Screen& screen) {
+  const NoReply reason = DescribeNoReply(end);
+  if (json) {
+    Json object = NewJson();
+    object["reachable"] = false;
+    object["reason"] = reason.key;
+    screen.out.write(JsonText(object));
+  }
+  screen.err.line(reason.sentence);
+  screen.err.line(L"  What to do: " + reason.whatToDo + L".");
+  return end == ExchangeEnd::kInterrupted ? kExitInterrupted : kExitUnreachable;
+}
+
+void TellRefusal(const std::wstring& error, Screen& screen) {
+  screen.err.line(PlainLine(error));
+  screen.err.line(L"  What to do: " + WhatToDo(error) + L".");
+}
+
+}  // namespace vpn

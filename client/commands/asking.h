@@ -1,0 +1,42 @@
+// What the commands have in common that ask the service something.
+#ifndef TAVRIN_CLIENT_COMMANDS_ASKING_H_
+#define TAVRIN_CLIENT_COMMANDS_ASKING_H_
+
+#include <cstdint>
+#include <string>
+
+#include "client/console/interrupt.h"
+#include "client/console/moving_line.h"
+#include "client/console/output.h"
+#include "client/pipe/exchange.h"
+#include "client/pipe/requests.h"
+
+namespace vpn {
+
+// Hooks that tell on stderr that the service is busy, and that end at Ctrl+C. All three must
+// outlive the exchange.
+ExchangeHooks PatientHooks(MovingLine& moving, Output& err, const InterruptWatch& interrupt);
+
+// Exchanges, and turns an end without a proper reply into `end` other than kReplied.
+ExchangeEnd Ask(const std::string& request, const ExchangeHooks& hooks, Reply& reply);
+
+// Asks with `PatientHooks` and nothing else.
+ExchangeEnd AskPatiently(const std::string& request, Screen& screen, Reply& reply);
+
+// Why there is no reply: a key for scripts, a sentence, and what to do.
+struct NoReply {
+  std::string key;
+  std::wstring sentence;
+  std::wstring whatToDo;
+};
+NoReply DescribeNoReply(ExchangeEnd end);
+
+// Tells it on stderr, or with `json` as the answer too. Gives the exit code.
+int FailWithoutReply(ExchangeEnd end, bool json, Screen& screen);
+
+// The service's text as it stands, and what to do, on stderr.
+void TellRefusal(const std::wstring& error, Screen& screen);
+
+}  // namespace vpn
+
+#endif  // TAVRIN_CLIENT_COMMANDS_ASKING_H_

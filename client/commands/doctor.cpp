@@ -1,0 +1,103 @@
+#include "client/commands/commands.h"
+#include "client/console/moving_line.h"
+#include "client/doctor/checks.h"
+#include "client/exit_codes.h"
+#include "client/json/json_text.h"
+#include "client/text/amounts.h"
+#include "client/text/display_width.h"
+
+namespace vpn {
+namespace {
+
+constexpr size_t kTitleWidth = 19;
+
+struct Tally {
+  std::uint64_t problems = 0;
+  std::uint64_t remarks = 0;
+};
+
+void Count(const Finding& finding, Tally& tally) {
+  tally.problems += finding.verdict == Verdict::kProblem ? 1 : 0;
+  tally.remarks += finding.verdict == Verdict::kRemark ? 1 : 0;
+}
+
+const char* VerdictWord(Verdict verdict) {
+  switch (verdict) {
+    case Verdict::kGood:
+      return "good";
+    case Verdict::kRemark:
+      return "remark";
+    default:
+      return "problem";
+  }
+}
+
+void ShowMark(Verdict verdict, Output& out) {
+  switch (verdict) {
+    case Verdict::kGood:
+      out.write(L"✓", Ink::kGood);
+      break;
+    case Verdict::kRemark:
+      out.write(L"!", Ink::kCaution);
+      break;
+    default:
+      out.write(L"✗", Ink::kBad);
+  }
+}
+
+void ShowFinding(const Check& check, const Finding& finding, Output& out) {
+  ShowMark(finding.verdict, out);
+  out.line(L" " + PadRight(check.title, kTitleWidth) + PlainLine(finding.text));
+  if (!finding.whatToDo.empty()) {
+    out.line(L"    " + PlainLine(finding.whatToDo) + L".");
+  }
+}
+
+Json FindingObject(const Check& check, const Finding& finding) {
+  Json object;
+  object["check"] = check.key;
+  object["verdict"] = VerdictWord(finding.verdict);
+  object["text"] = JsonValue(finding.text);
+  object["whatToDo"] = JsonValue(finding.whatToDo);
+  return object;
+}
+
+std::wstring Sum(const Tally& tally) {
+  if (tally.problems == 0 && tally.remarks == 0) {
+    return L"Everything is as it should be.";
+  }
+  return CountText(tally.problems, L"problem", L"problems") + L", " +
+         CountText(tally.remarks, L"remark", L"remarks") + L".";
+}
+
+}  // namespace
+
+int RunDoctor(const CommandLine& line, Screen& screen) {
+  Tally tally;
+  Json findings = Json::array();
+  const Patient patient = ExaminePatient(line.runtimeDir);
+  for (const Check& check : AllChecks()) {
+    MovingLine moving(screen.err);
+    moving.show(std::wstring(L"… ") + check.title);
+    const Finding finding = check.run(patient);
+    moving.clear();
+    Count(finding, tally);
+    if (line.json) {
+      findings.push_back(FindingObject(check, finding));
+    } else {
+      ShowFinding(check, finding, screen.out);
+    }
+  }
+  if (line.json) {
+    Json object = NewJson();
+    object["problems"] = tally.problems;
+    object["remarks"] = tally.remarks;
+    object["findings"] = std::move(findings);
+    screen.out.write(JsonText(object));
+  } else {
+    screen.out.line(Sum(tally));
+  }
+  return tally.problems == 0 ? kExitDone : kExitRefused;
+}
+
+}  // namespace vpn

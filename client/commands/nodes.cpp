@@ -1,0 +1,125 @@
+#include "client/account/node_lookup.h"
+#include "client/commands/asking.h"
+#include "client/commands/commands.h"
+#include "client/exit_codes.h"
+#include "client/json/json_text.h"
+#include "client/latency/tcp_latency.h"
+#include "client/service/presence.h"
+#include "client/text/amounts.h"
+#include "client/text/display_width.h"
+#include "client/text/table.h"
+
+namespace vpn {
+namespace {
+
+std::vector<Latency> Measure(const std::vector<NodeInfo>& nodes, const InterruptWatch& interrupt,
+                             Screen& screen) {
+  std::vector<LatencyGoal> goals;
+  for (const NodeInfo& node : nodes) {
+    goals.push_back({node.address, static_cast<std::uint16_t>(node.port)});
+  }
+  MovingLine moving(screen.err);
+  moving.show(L"Looking up " + CountText(goals.size(), L"node", L"nodes") + L" …");
+  const LatencyHooks hooks = {
+      [&](size_t done) {
+        moving.show(std::wstring(1, WheelAt(GetTickCount64())) + L" " + std::to_wstring(done) +
+                    L" of " + CountText(goals.size(), L"node", L"nodes") + L" answered …");
+      },
+      [&interrupt] { return interrupt.wasInterrupted(); }};
+  return MeasureLatency(goals, hooks);
+}
+
+// What stands behind a row without a time.
+std::wstring Remark(const Latency& latency) {
+  switch (latency.kind) {
+    case Latency::Kind::kRefused:
+      return L"refused";
+    case Latency::Kind::kNoAnswer:
+      return L"no answer in 2 s";
+    case Latency::Kind::kNoAddress:
+      return L"the name does not resolve";
+    case Latency::Kind::kInterrupted:
+      return L"interrupted";
+    default:
+      return {};
+  }
+}
+
+void ShowNodes(const std::vector<NodeInfo>& nodes, const std::vector<Latency>& latencies,
+               Output& out) {
+  std::vector<Table::Column> columns = {{L"Node"}, {L"Address"}, {L"Port", Table::Align::kRight}};
+  if (!latencies.empty()) {
+    columns.push_back({L"Latency", Table::Align::kRight});
+  }
+  Table table(std::move(columns));
+  for (size_t at = 0; at < nodes.size(); ++at) {
+    const NodeInfo& node = nodes[at];
+    std::vector<std::wstring> cells = {PlainLine(node.name), PlainLine(node.address),
+                                       std::to_wstring(node.port)};
+    if (!latencies.empty()) {
+      const Latency& latency = latencies[at];
+      const bool hasTime = latency.kind == Latency::Kind::kConnected;
+      cells.push_back(hasTime ? MillisecondsText(latency.milliseconds) : L"–");
+      cells.push_back(Remark(latency));
+    }
+    table.addRow(std::move(cells));
+  }
+  for (const std::wstring& line : table.lines()) {
+    out.line(line);
+  }
+}
+
+Json NodesObject(const std::vector<NodeInfo>& nodes, const std::vector<Latency>& latencies) {
+  Json object = NewJson();
+  object["nodes"] = Json::array();
+  for (size_t at = 0; at < nodes.size(); ++at) {
+    Json entry;
+    entry["name"] = JsonValue(nodes[at].name);
+    entry["address"] = JsonValue(nodes[at].address);
+    entry["port"] = nodes[at].port;
+    if (!latencies.empty()) {
+      const bool hasTime = latencies[at].kind == Latency::Kind::kConnected;
+      entry["latency"] = hasTime ? Json(latencies[at].milliseconds) : Json(nullptr);
+      entry["remark"] = JsonValue(Remark(latencies[at]));
+    }
+    object["nodes"].push_back(std::move(entry));
+  }
+  return object;
+}
+
+int TellNoAccount(const std::wstring& error, bool json, Screen& screen) {
+  if (json) {
+    Json object = NewJson();
+    object["nodes"] = Json::array();
+    object["error"] = JsonValue(error);
+    screen.out.write(JsonText(object));
+  }
+  TellRefusal(error, screen);
+  return kExitRefused;
+}
+
+}  // namespace
+
+int RunNodes(const CommandLine& line, Screen& screen) {
+  const FetchedAccount account = [&] {
+    MovingLine moving(screen.err);
+    moving.show(L"The account is being fetched …");
+    return FetchAccount(FindServicePlace(line.runtimeDir).runtimeDir);
+  }();
+  const std::vector<NodeInfo>& nodes = account.session.nodes;
+  if (!account.isFetched || nodes.empty()) {
+    return TellNoAccount(account.error.empty() ? L"没有可用节点" : account.error, line.json,
+                         screen);
+  }
+  const InterruptWatch interrupt;
+  const std::vector<Latency> latencies =
+      line.latency ? Measure(nodes, interrupt, screen) : std::vector<Latency>();
+  if (line.json) {
+    screen.out.write(JsonText(NodesObject(nodes, latencies)));
+  } else {
+    ShowNodes(nodes, latencies, screen.out);
+  }
+  return interrupt.wasInterrupted() ? kExitInterrupted : kExitDone;
+}
+
+}  // namespace vpn

@@ -1,0 +1,121 @@
+#include <algorithm>
+
+#include "client/commands/commands.h"
+#include "client/exit_codes.h"
+#include "client/json/json_text.h"
+#include "client/service/presence.h"
+#include "client/text/amounts.h"
+#include "client/trace/trace_file.h"
+#include "client/trace/trace_json.h"
+#include "client/trace/trace_page.h"
+#include "client/trace/waterfall.h"
+#include "src/common/files.h"
+#include "src/common/text.h"
+
+namespace vpn {
+namespace {
+
+struct ReadTrace {
+  std::wstring path;
+  bool isReadable = false;
+  bool isCut = false;
+  TraceText text;
+};
+
+ReadTrace ReadWholeTrace(const CommandLine& line) {
+  ReadTrace trace;
+  trace.path = TracePath(FindServicePlace(line.runtimeDir).directory);
+  FileTail tail;
+  trace.isReadable = ReadFileTail(trace.path, kTraceLimit, tail);
+  trace.isCut = tail.isCut;
+  trace.text = ParseTrace(tail.text, tail.isCut);
+  return trace;
+}
+
+size_t FirstShown(const ReadTrace& trace, std::uint32_t last) {
+  const size_t count = trace.text.connects.size();
+  return last == 0 || last >= count ? 0 : count - last;
+}
+
+Json TraceFileObject(const ReadTrace& trace, size_t first) {
+  Json object = NewJson();
+  object["file"] = JsonValue(trace.path);
+  object["readable"] = trace.isReadable;
+  object["earlierLeftOut"] = trace.isCut;
+  object["strangeLines"] = trace.text.strangeLines;
+  object["connects"] = Json::array();
+  for (size_t at = first; at < trace.text.connects.size(); ++at) {
+    object["connects"].push_back(TraceObject(trace.text.connects[at]));
+  }
+  return object;
+}
+
+void ShowConnect(const ReadTrace& trace, size_t at, Output& out) {
+  const std::vector<ConnectTrace>& connects = trace.text.connects;
+  const ConnectTrace& connect = connects[at];
+  const std::vector<std::int64_t> medians =
+      MedianTimes({connects.begin(), connects.begin() + static_cast<std::ptrdiff_t>(at)});
+  out.write(L"Connect " + std::to_wstring(at + 1) + L" of " + std::to_wstring(connects.size()));
+  out.line(connect.isComplete()
+               ? L", complete, " + SecondsText(connect.totalTime())
+               : L", not complete, last mark after " + SecondsText(connect.totalTime()));
+  for (const WaterfallRow& row : DrawWaterfall(connect, medians, out.columns())) {
+    out.write(L"  ");
+    out.line(row.text, row.isEnd ? Ink::kBad : row.isLongest ? Ink::kCaution : Ink::kPlain);
+  }
+}
+
+void ShowRemarks(const ReadTrace& trace, Output& err) {
+  if (trace.isCut) {
+    err.line(L"The file is larger than 1 MiB; what is older was left out.");
+  }
+  if (trace.text.strangeLines > 0) {
+    err.line(CountText(trace.text.strangeLines, L"line", L"lines") +
+             L" of the file can't be read and count for nothing.");
+  }
+}
+
+int TellNothing(const ReadTrace& trace, Screen& screen) {
+  screen.err.line(trace.isReadable ? L"The trace holds no connect: " + trace.path
+                                   : L"The trace can't be read: " + trace.path);
+  screen.err.line(L"  What to do: connect once; each connect writes its steps there.");
+  return kExitRefused;
+}
+
+int WritePage(const ReadTrace& trace, size_t first, const CommandLine& line, Screen& screen) {
+  const std::vector<ConnectTrace> shown(
+      trace.text.connects.begin() + static_cast<std::ptrdiff_t>(first), trace.text.connects.end());
+  if (!WriteFileBytes(line.file, TracePage(shown))) {
+    screen.err.line(L"The page can't be written: " + line.file);
+    screen.err.line(L"  What to do: name a file in a directory of your own.");
+    return kExitRefused;
+  }
+  screen.out.line(CountText(shown.size(), L"connect", L"connects") + L" written to " + line.file);
+  return kExitDone;
+}
+
+}  // namespace
+
+int RunTrace(const CommandLine& line, Screen& screen) {
+  const ReadTrace trace = ReadWholeTrace(line);
+  const bool wantsPage = !line.file.empty();
+  const size_t first =
+      FirstShown(trace, line.last == 0 && !wantsPage && !line.json ? 1 : line.last);
+  if (line.json) {
+    screen.out.write(JsonText(TraceFileObject(trace, first)));
+  }
+  if (trace.text.connects.empty()) {
+    return TellNothing(trace, screen);
+  }
+  ShowRemarks(trace, screen.err);
+  if (wantsPage) {
+    return WritePage(trace, first, line, screen);
+  }
+  for (size_t at = first; at < trace.text.connects.size() && !line.json; ++at) {
+    screen.out.write(at == first ? L"" : L"\n");
+    ShowConnect(trace, at, screen.out);
+  }
+  return kExitDone;
+}
+
+}  // namespace vpn

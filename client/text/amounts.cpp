@@ -1,0 +1,64 @@
+#include "client/text/amounts.h"
+
+namespace vpn {
+namespace {
+
+// `value` with at least `digits` digits.
+std::wstring Padded(std::uint64_t value, size_t digits) {
+  std::wstring text = std::to_wstring(value);
+  return text.size() < digits ? std::wstring(digits - text.size(), L'0') + text : text;
+}
+
+std::wstring Pair(std::uint64_t large, const wchar_t* largeUnit, std::uint64_t small,
+                  const wchar_t* smallUnit) {
+  return std::to_wstring(large) + largeUnit + std::to_wstring(small) + smallUnit;
+}
+
+}  // namespace
+
+std::wstring GroupedNumber(std::uint64_t value) {
+  std::wstring text = std::to_wstring(value);
+  for (size_t at = text.size(); at > 3;) {
+    at -= 3;
+    text.insert(at, 1, L' ');
+  }
+  return text;
+}
+
+std::wstring MillisecondsText(std::uint64_t milliseconds) {
+  return GroupedNumber(milliseconds) + L" ms";
+}
+
+std::wstring SecondsText(std::uint64_t milliseconds) {
+  if (milliseconds < 10'000) {
+    const std::uint64_t hundredths = (milliseconds + 5) / 10;
+    return std::to_wstring(hundredths / 100) + L"." + Padded(hundredths % 100, 2) + L" s";
+  }
+  const std::uint64_t tenths = (milliseconds + 50) / 100;
+  if (tenths < 600) {
+    return std::to_wstring(tenths / 10) + L"." + std::to_wstring(tenths % 10) + L" s";
+  }
+  const std::uint64_t seconds = (milliseconds + 500) / 1000;
+  return Pair(seconds / 60, L" min ", seconds % 60, L" s");
+}
+
+std::wstring DurationText(std::uint64_t seconds) {
+  const std::uint64_t minutes = seconds / 60;
+  const std::uint64_t hours = minutes / 60;
+  if (minutes == 0) {
+    return std::to_wstring(seconds) + L" s";
+  }
+  if (hours == 0) {
+    return std::to_wstring(minutes) + L" min";
+  }
+  if (hours < 24) {
+    return Pair(hours, L" h ", minutes % 60, L" min");
+  }
+  return Pair(hours / 24, L" d ", hours % 24, L" h");
+}
+
+std::wstring CountText(std::uint64_t count, const wchar_t* one, const wchar_t* many) {
+  return std::to_wstring(count) + L" " + (count == 1 ? one : many);
+}
+
+}  // namespace vpn

@@ -1,0 +1,73 @@
+#!/usr/bin/env bash
+# check_client_docs.sh BUILD_DIRECTORY [--update]: runs every command that docs/client.md shows with its
+# output, in order, against the built service under Wine, and compares. Times, bars and the sandbox's
+# directory may differ. With --update the document gets the present outputs instead.
+# A comment `<!-- state: NAME -->` in the document calls the function state_NAME below.
+set -euo pipefail
+build=$(cd "$1" && pwd)
+document=$(cd "$(dirname "$0")/.." && pwd)/docs/client.md
+update=${2:-}
+# shellcheck source=scripts/sandbox.sh
+. "$(dirname "$0")/sandbox.sh"
+
+state_service() {
+  start_service
+  await_service
+}
+state_no_service() {
+  wine_run "$box/tavrinctl.exe" shutdown >/dev/null 2>&1
+  wait "$service" || true
+  service=
+}
+# A port that Xray refuses, which ends it before it listens.
+state_damaged_node() { sed -i 's/"port": 443/"port": 70000/' "$box/runtime/account.json"; }
+
+# What a command line of the document prints, as a person sees it.
+run_line() {
+  local -a words
+  eval "words=($1)"
+  (cd "$box" && wine_run "$box/tavrinctl.exe" "${words[@]:1}" 2>&1 </dev/null || true) | tr -d '\r' |
+    sed -e "s|$(windows_path "$box" | sed 's/\\/\\\\/g')|C:\\\\Program Files\\\\Tavrin|g" -e 's/[ ]*$//'
+}
+
+normalise() {
+  sed -E -e 's/[█▏▎▍▌▋▊▉◄]+//g' -e 's/[0-9]+( [0-9]{3})* ms/# ms/g' -e 's/[0-9]+\.[0-9]+ s/# s/g' \
+    -e 's/up for .*/up for #/' -e 's/"(upSeconds|connectMilliseconds|milliseconds|step|total)": [0-9]+/"\1": #/' \
+    -e 's/ +/ /g' -e 's/ $//'
+}
+
+lay_out
+failed=0
+checked=0
+result=$(mktemp)
+command=
+block=
+while IFS= read -r line || [ -n "$line" ]; do
+  if [ -n "$command" ]; then
+    if [ "$line" != '```' ]; then
+      block+=$line$'\n'
+      continue
+    fi
+    present=$(run_line "$command")
+    checked=$((checked + 1))
+    if [ "$(normalise <<<"$present")" != "$(normalise <<<"${block%$'\n'}")" ] && [ "$update" != --update ]; then
+      echo "docs/client.md shows another output of: $command"
+      diff <(normalise <<<"${block%$'\n'}") <(normalise <<<"$present") || true
+      failed=1
+    fi
+    printf '%s\n```\n' "$present" >>"$result"
+    command=
+    block=
+    continue
+  fi
+  printf '%s\n' "$line" >>"$result"
+  case "$line" in
+    '> tavrinctl'*) command=${line#> } ;;
+    '<!-- state: '*) state=${line#<!-- state: } && "state_${state% -->}" ;;
+  esac
+done <"$document"
+[ "$update" != --update ] || cp "$result" "$document"
+rm -f "$result"
+[ "$checked" -gt 0 ] || { echo "docs/client.md shows no command" && exit 1; }
+echo "$checked commands of docs/client.md"
+exit "$failed"

@@ -1,0 +1,6 @@
+#ifndef TAVRIN_TESTS_SIM_INCLUDE_ACLAPI_H_
+#define TAVRIN_TESTS_SIM_INCLUDE_ACLAPI_H_
+
+#include <windows.h>
+
+#endif  // TAVRIN_TESTS_SIM_INCLUDE_ACLAPI_H_

@@ -1,0 +1,88 @@
+// Standard handles, and the calls of a console's screen.
+#include "tests/sim/call.h"
+#include "tests/sim/text.h"
+
+#include <windows.h>
+
+using sim::Arg;
+using sim::Call;
+
+namespace {
+
+// False with the last error set when the handle is none of a console.
+bool IsConsole(const Call& call, HANDLE console) {
+  if (!call->console.isTerminal || !sim::Console::IsStandard(console)) {
+    return call.Fail(false, ERROR_INVALID_HANDLE);
+  }
+  return true;
+}
+
+}  // namespace
+
+HANDLE GetStdHandle(DWORD which) {
+  Call call("GetStdHandle", {static_cast<int>(which)});
+  if (call.failed()) {
+    return call.Fail(INVALID_HANDLE_VALUE);
+  }
+  return which == STD_OUTPUT_HANDLE ? sim::Console::OutputHandle() : sim::Console::ErrorHandle();
+}
+
+BOOL GetConsoleMode(HANDLE console, DWORD* mode) {
+  Call call("GetConsoleMode");
+  if (call.failed()) {
+    return call.Fail(FALSE);
+  }
+  *mode = 3;
+  return IsConsole(call, console) ? TRUE : FALSE;
+}
+
+BOOL GetConsoleScreenBufferInfo(HANDLE console, CONSOLE_SCREEN_BUFFER_INFO* info) {
+  Call call("GetConsoleScreenBufferInfo");
+  if (call.failed()) {
+    return call.Fail(FALSE);
+  }
+  if (!IsConsole(call, console)) {
+    return FALSE;
+  }
+  *info = {};
+  info->wAttributes = call->console.terminal.attributes;
+  info->srWindow.Right = static_cast<SHORT>(call->console.terminal.columns - 1);
+  return TRUE;
+}
+
+BOOL SetConsoleTextAttribute(HANDLE console, WORD attributes) {
+  Call call("SetConsoleTextAttribute", {static_cast<int>(attributes)});
+  if (call.failed()) {
+    return call.Fail(FALSE);
+  }
+  if (!IsConsole(call, console)) {
+    return FALSE;
+  }
+  call->console.terminal.attributes = attributes;
+  return TRUE;
+}
+
+BOOL SetConsoleCursorInfo(HANDLE console, const CONSOLE_CURSOR_INFO* info) {
+  Call call("SetConsoleCursorInfo", {info->bVisible});
+  if (call.failed()) {
+    return call.Fail(FALSE);
+  }
+  if (!IsConsole(call, console)) {
+    return FALSE;
+  }
+  call->console.terminal.cursorVisible = info->bVisible != FALSE;
+  return TRUE;
+}
+
+BOOL WriteConsoleW(HANDLE console, LPCVOID text, DWORD count, DWORD* written, LPVOID /*reserved*/) {
+  Call call("WriteConsoleW", {count});
+  if (call.failed()) {
+    return call.Fail(FALSE);
+  }
+  if (!IsConsole(call, console)) {
+    return FALSE;
+  }
+  call->console.terminal.Write(std::wstring(static_cast<const wchar_t*>(text), count));
+  *written = count;
+  return TRUE;
+}

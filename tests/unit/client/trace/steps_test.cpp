@@ -1,0 +1,89 @@
+#include "client/trace/steps.h"
+
+#include "tests/unit/client/client_test.h"
+
+namespace vpn {
+namespace {
+
+ConnectTrace Connect(const std::string& text) {
+  return ParseTrace(text).connects.front();
+}
+
+TEST(Steps, OneStepStandsForOneToThreeMarks) {
+  const StepList list = StepsOf(Connect(unit::RecordedConnect()));
+  ASSERT_EQ(list.steps.size(), 9u);
+  EXPECT_TRUE(list.unknown.empty());
+  const std::vector<std::uint64_t> times = {0, 8, 14, 1, 139, 115, 12, 16, 307};
+  for (size_t at = 0; at < times.size(); ++at) {
+    EXPECT_EQ(list.steps[at].time, times[at]) << at;
+    EXPECT_TRUE(list.steps[at].isDone) << at;
+  }
+  EXPECT_EQ(list.steps[4].start, 23u);
+  EXPECT_STREQ(NamesOfStep(list.steps[4].index).done, L"Xray listening");
+  EXPECT_EQ(LongestStep(list.steps), 8u);
+  EXPECT_EQ(NextStep(list), kStepCount);
+}
+
+TEST(Steps, AStepIsOpenUntilItsLastMark) {
+  const StepList list = StepsOf(Connect(unit::RecordedLines(5)));
+  ASSERT_EQ(list.steps.size(), 5u);
+  EXPECT_FALSE(list.steps.back().isDone);
+  EXPECT_EQ(NextStep(list), 5u);
+  EXPECT_STREQ(NamesOfStep(NextStep(list)).underWay, L"Xray being started");
+}
+
+TEST(Steps, TheResetOfALeftoverNameServerIsNotExpected) {
+  EXPECT_EQ(NextStep(StepsOf(Connect(unit::RecordedLines(3)))), 4u);
+  const StepList list = StepsOf(
+      Connect(unit::RecordedLines(3) + "reset physical dns (netsh)   +   60ms  total    82ms\r\n"));
+  EXPECT_EQ(list.steps.back().index, 3u);
+  EXPECT_EQ(list.steps.back().time, 60u);
+  EXPECT_EQ(NextStep(list), 4u);
+}
+
+TEST(Steps, ANameServerThatCouldNotBeSetIsARemark) {
+  const StepList list = StepsOf(
+      Connect(unit::RecordedLines(9) + "set tun dns (api fail)       +    4ms  total   287ms\r\n"
+                                       "tun ipv4 ready               +    2ms  total   289ms\r\n"));
+  EXPECT_TRUE(list.steps.back().hasFailed);
+  EXPECT_TRUE(list.steps.back().isDone);
+}
+
+TEST(Steps, TheTimeOfAnUnknownMarkGoesToTheStepBehindIt) {
+  const StepList list = StepsOf(
+      Connect(unit::RecordedLines(2) + "ask the moon                 +   10ms  total    18ms\r\n"
+                                       "find physical route          +    4ms  total    22ms\r\n"));
+  EXPECT_EQ(list.unknown, std::vector<std::string>{"ask the moon"});
+  ASSERT_EQ(list.steps.size(), 3u);
+  EXPECT_EQ(list.steps[2].start, 8u);
+  EXPECT_EQ(list.steps[2].time, 14u);
+}
+
+TEST(Steps, TotalsThatRunBackwardsDoNoHarm) {
+  const StepList list = StepsOf(
+      Connect(unit::RecordedLines(3) + "pin panel hosts              +    1ms  total     2ms\r\n"));
+  EXPECT_EQ(list.steps.back().time, 0u);
+}
+
+TEST(Steps, NothingIsFollowedByTheFirst) {
+  EXPECT_EQ(NextStep(StepList()), 0u);
+}
+
+TEST(Medians, OfCompleteConnectsAlone) {
+  const std::string slow = unit::RecordedLines(1) +
+                           "kill stale (clean)           + 1000ms  total  1000ms\r\n"
+                           "ipv6 leak blocked            +  500ms  total  1500ms\r\n";
+  const TraceText trace = ParseTrace(unit::RecordedConnect() + slow + unit::RecordedLines(2));
+  const std::vector<std::int64_t> medians = MedianTimes(trace.connects);
+  EXPECT_EQ(medians, (std::vector<std::int64_t>{0, 504, 14, -1, 1, 139, 115, 12, 16, 403}));
+}
+
+TEST(Medians, TheMiddleOrBetweenTheTwo) {
+  EXPECT_EQ(MedianOf({}), -1);
+  EXPECT_EQ(MedianOf({7}), 7);
+  EXPECT_EQ(MedianOf({9, 1, 5}), 5);
+  EXPECT_EQ(MedianOf({1, 2, 3, 10}), 2);
+}
+
+}  // namespace
+}  // namespace vpn

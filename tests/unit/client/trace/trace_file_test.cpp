@@ -1,0 +1,93 @@
+#include "client/trace/trace_file.h"
+
+#include "client/trace/trace_watch.h"
+#include "tests/unit/client/client_test.h"
+
+namespace vpn {
+namespace {
+
+class TraceFileTest : public unit::ClientTest {};
+
+TEST_F(TraceFileTest, StandsBesideTheServiceOrWhereTheEnvironmentSays) {
+  EXPECT_EQ(TracePath(L"C:\\Program Files\\Tavrin"),
+            L"C:\\Program Files\\Tavrin\\connect-timing.log");
+  machine.environment.Set(L"TAVRIN_TIMING", L"D:\\trace.txt");
+  EXPECT_EQ(TracePath(L"C:\\Program Files\\Tavrin"), L"D:\\trace.txt");
+}
+
+TEST_F(TraceFileTest, ASmallFileIsReadWhole) {
+  machine.files.Put(unit::kTrace, "one\ntwo\n");
+  FileTail tail;
+  ASSERT_TRUE(ReadFileTail(unit::kTrace, 100, tail));
+  EXPECT_EQ(tail.text, "one\ntwo\n");
+  EXPECT_FALSE(tail.isCut);
+}
+
+TEST_F(TraceFileTest, OfALargeFileOnlyWholeLinesOfTheEndAreRead) {
+  machine.files.Put(unit::kTrace, std::string(100 << 20, 'x') + "\nlast but one\nlast\n");
+  FileTail tail;
+  ASSERT_TRUE(ReadFileTail(unit::kTrace, 12, tail));
+  EXPECT_EQ(tail.text, "last\n");
+  EXPECT_TRUE(tail.isCut);
+}
+
+TEST_F(TraceFileTest, AnEndWithoutALineFeedGivesNothing) {
+  machine.files.Put(unit::kTrace, std::string(1000, 'x'));
+  FileTail tail;
+  ASSERT_TRUE(ReadFileTail(unit::kTrace, 100, tail));
+  EXPECT_EQ(tail.text, "");
+}
+
+TEST_F(TraceFileTest, WhatIsMissingLockedOrADirectoryCantBeRead) {
+  FileTail tail;
+  EXPECT_FALSE(ReadFileTail(unit::kTrace, 100, tail));
+  machine.files.Put(unit::kTrace, "line\n");
+  machine.files.SetLocked(unit::kTrace, true);
+  EXPECT_FALSE(ReadFileTail(unit::kTrace, 100, tail));
+  machine.files.PutDirectory(L"C:\\directory");
+  EXPECT_FALSE(ReadFileTail(L"C:\\directory", 100, tail));
+}
+
+TEST_F(TraceFileTest, AWatchSeesOnlyWhatIsNew) {
+  machine.files.Put(unit::kTrace, unit::RecordedConnect());
+  TraceWatch watch(unit::kTrace);
+  watch.begin();
+  EXPECT_EQ(watch.connect(), nullptr);
+  machine.files.Put(unit::kTrace, unit::RecordedConnect() + unit::RecordedLines(3));
+  watch.look();
+  EXPECT_EQ(watch.connect(), nullptr) << "read while it may still grow";
+  watch.look();
+  ASSERT_NE(watch.connect(), nullptr);
+  EXPECT_EQ(watch.connect()->marks.size(), 3u);
+}
+
+TEST_F(TraceFileTest, AWatchOpensTheFileOnlyAfterItHasGrown) {
+  machine.files.Put(unit::kTrace, unit::RecordedConnect());
+  TraceWatch watch(unit::kTrace);
+  watch.begin();
+  for (int at = 0; at < 10; ++at) {
+    watch.look();
+  }
+  EXPECT_EQ(machine.calls.Count("_wfsopen"), 0u);
+}
+
+TEST_F(TraceFileTest, AFileThatIsMadeAnewIsReadFromItsStart) {
+  machine.files.Put(unit::kTrace, unit::RecordedConnect());
+  TraceWatch watch(unit::kTrace);
+  watch.begin();
+  machine.files.Put(unit::kTrace, unit::RecordedLines(2));
+  watch.readNow();
+  ASSERT_NE(watch.connect(), nullptr);
+  EXPECT_EQ(watch.connect()->marks.size(), 2u);
+}
+
+TEST_F(TraceFileTest, AWatchOfNoFileSeesNothing) {
+  TraceWatch watch(unit::kTrace);
+  watch.begin();
+  watch.look();
+  watch.readNow();
+  EXPECT_EQ(watch.connect(), nullptr);
+}
+
+}  // namespace
+}  // namespace vpn
