@@ -9,6 +9,8 @@
 #include <cstring>
 #include <stdexcept>
 
+#include "tests/e2e/harness/pipe_client.h"
+#include "tests/e2e/harness/waiting.h"
 #include "tests/standins/text.h"
 
 namespace e2e {
@@ -92,6 +94,12 @@ ProcessFigures FiguresOf(DWORD processId) {
   const PROCESS_MEMORY_COUNTERS memory = MemoryOf(processId);
   return {CountHandles(processId), CountThreads(processId), memory.PagefileUsage,
           memory.PeakWorkingSetSize};
+}
+
+ProcessFigures SettledFiguresOf(DWORD processId) {
+  WaitUntil("the warm-up ends", [processId] { return CountThreads(processId) == 1; });
+  WaitForListening();
+  return FiguresOf(processId);
 }
 
 std::string FigureText(const ProcessFigures& figures) {
