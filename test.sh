@@ -59,7 +59,8 @@ simulated_soak() { TAVRIN_SIMULATED_SOAK_ROUNDS=100000 build/native/tests/soak/s
 
 stage "Packages" scripts/install_packages.sh cmake ninja-build git g++ g++-mingw-w64-x86-64-posix \
   wine wine64 clang clang-format clang-tidy libclang-rt-14-dev lld libgtest-dev libgmock-dev \
-  googletest nlohmann-json3-dev libcli11-dev libcpp-httplib-dev libssl-dev iproute2
+  googletest nlohmann-json3-dev libcli11-dev libcpp-httplib-dev libssl-dev \
+  libcli11-dev iproute2
 stage "Format" scripts/check_format.sh
 stage "Documents" scripts/check_docs.sh
 stage "The order of the rooms" scripts/check_layers.sh
@@ -68,7 +69,14 @@ stage "Contract and end-to-end tests under Wine" scripts/run_ctest.sh build/wind
 stage "Build of the simulated machine, AddressSanitizer and UBSan" scripts/build.sh native
 stage "Unit, contract and fault tests on the simulated machine" scripts/run_ctest.sh build/native native
 
+# in_lane SCRIPT: a check that runs the built programs.
+in_lane() { tests/e2e/in_lane.sh build/windows/lanes "$@" build/windows; }
+
 if [ "$mode" = --all ]; then
+  stage "More packages" scripts/install_packages.sh tmux chromium fonts-noto-cjk
+  stage "The client's documented outputs" in_lane scripts/check_client_docs.sh
+  stage "The client's screen in a terminal" in_lane scripts/check_client_screen.sh
+  stage "The client's page in a browser" in_lane scripts/check_client_page.sh
   stage "All fault scenes, the simulated soak" scripts/run_ctest.sh build/native native-long
   stage "Soak under Wine" scripts/run_ctest.sh build/windows windows-long
   stage "clang-tidy" scripts/build.sh native --target tidy

@@ -1,7 +1,7 @@
 # For scripts that show the built programs under Wine, to be sourced with the build directory in
 # `build`: a directory `box` with the service, the client and the stand-ins, taken away at the end.
 launcher=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)/tests/e2e/run_in_wine.sh
-export WINEPREFIX="$build/wine"
+export WINEPREFIX="${WINEPREFIX:-$build/wine}"
 box=$(mktemp -d)
 service=
 

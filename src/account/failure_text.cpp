@@ -1,5 +1,7 @@
 #include "src/account/failure_text.h"
 
+#include <algorithm>
+
 #include "src/common/text.h"
 #include "src/panel/json_reader.h"
 
@@ -10,12 +12,9 @@ std::wstring MessageIn(const std::string& response) {
 }
 
 std::wstring FirstText(std::initializer_list<std::wstring> texts) {
-  for (const std::wstring& text : texts) {
-    if (!text.empty()) {
-      return text;
-    }
-  }
-  return {};
+  const auto* const first =
+      std::ranges::find_if(texts, [](const std::wstring& text) { return !text.empty(); });
+  return first == texts.end() ? std::wstring() : *first;
 }
 
 std::wstring PanelErrorWithDetail(const std::wstring& text, const std::wstring& step,

@@ -12,7 +12,8 @@ namespace vpn {
 // The "message" in a response; empty when it has none.
 std::wstring MessageIn(const std::string& response);
 
-// The first text that is not empty.
+// The first text that is not empty. The last one of a list may be for a failure that told nothing:
+// so far every failed request has a text, but the user must never read an empty line.
 std::wstring FirstText(std::initializer_list<std::wstring> texts);
 
 // The text with the step and, unless it is 0, the status in full-width brackets behind it. An empty

@@ -20,7 +20,6 @@ bool KillProcessesUnder(const std::wstring& directory, const std::wstring& name)
 // friendly name is this system's own.
 std::optional<std::wstring> FindConflictingAdapter(const std::wstring& ownName);
 
-
 }  // namespace vpn
 
 #endif  // TAVRIN_SRC_TUNNEL_TUNNEL_INTERNAL_H_

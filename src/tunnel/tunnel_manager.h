@@ -54,10 +54,10 @@ class TunnelManager {
   Status startTun2socks(Start& start);
   Status bringUpAdapter(Start& start);
   Status installRoutes(Start& start);
-  void blockIpv6(Start& start);
+  void blockIpv6(Start& start) const;
 
   // A name server of ours that a crashed run left on the physical interface goes back to DHCP.
-  void repairPhysicalDns(Start& start);
+  void repairPhysicalDns(Start& start) const;
   void pinPanelHosts(const std::vector<std::wstring>& hosts);
   // Leads an address past the tunnel, and remembers it for the undoing.
   Status pin(const std::wstring& address);

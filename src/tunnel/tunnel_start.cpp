@@ -35,10 +35,10 @@ bool Exists(const std::wstring& path) {
 Status TunnelManager::start(const TunnelConfig& config) {
   Start start(config);
   clearOldState(start);
-  const Status prepared = CheckConflicts()
-                              .andThen([&] { return findHelperFiles(start); })
-                              .andThen([&] { return preparePhysicalSide(start); })
-                              .andThen([&] { return createJob(); });
+  Status prepared = CheckConflicts()
+                        .andThen([&] { return findHelperFiles(start); })
+                        .andThen([&] { return preparePhysicalSide(start); })
+                        .andThen([&] { return createJob(); });
   if (!prepared) {
     return prepared;
   }
@@ -102,7 +102,7 @@ Status TunnelManager::preparePhysicalSide(Start& start) {
   return Status::success();
 }
 
-void TunnelManager::repairPhysicalDns(Start& start) {
+void TunnelManager::repairPhysicalDns(Start& start) const {
   const std::wstring& alias = physical_.interfaceAlias;
   if (ListInterfaceDnsServers(alias) == std::vector<std::wstring>{kTunNameServer}) {
     NetshResetDns(alias);
@@ -197,7 +197,7 @@ Status TunnelManager::installRoutes(Start& start) {
 
 // Without it, traffic to IPv6 hosts would leave through the physical interface. What fails here is
 // ignored: the machine may have no IPv6 at all.
-void TunnelManager::blockIpv6(Start& start) {
+void TunnelManager::blockIpv6(Start& start) const {
   NetshSetRouterDiscovery(physical_.interfaceAlias, false);
   NetshDeleteIpv6Route(L"::/0", physical_.interfaceAlias);
   NetshDisableIpv6(tun_.alias);

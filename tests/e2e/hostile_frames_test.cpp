@@ -90,10 +90,7 @@ class HostileFrames : public ServiceTest {
       EXPECT_EQ(client.ReadUntilClosed(), "");
     }
   }
-  ProcessFigures Figures() {
-    WaitForListening();
-    return FiguresOf(service().pid());
-  }
+  ProcessFigures Figures() { return SettledFiguresOf(service().pid()); }
   std::size_t LogLinesWith(std::string_view beginning) const {
     const Lines log = ServiceLog();
     return static_cast<std::size_t>(std::count_if(

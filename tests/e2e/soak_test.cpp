@@ -26,10 +26,7 @@ class Soak : public ServiceTest {
     ExpectSameNetwork(machine.Network(), netmodel::TypicalNetwork());
     machine.ForgetCalls();
   }
-  ProcessFigures Figures() {
-    WaitForListening();
-    return FiguresOf(service().pid());
-  }
+  ProcessFigures Figures() { return SettledFiguresOf(service().pid()); }
 };
 
 // Figures that never move would show no leak.

@@ -9,6 +9,8 @@
 #include <cstring>
 #include <stdexcept>
 
+#include "tests/e2e/harness/pipe_client.h"
+#include "tests/e2e/harness/waiting.h"
 #include "tests/standins/text.h"
 
 namespace e2e {
@@ -27,6 +29,8 @@ struct HandleListEntry {
   void* object;
   ULONG access;
 };
+// What a call that blocks holds under Wine: it comes and goes with the call, and is no object's.
+constexpr UCHAR kNoType = 0;
 constexpr std::size_t kEntriesOffset = sizeof(void*);  // a count of 32 bits and a gap come first
 
 std::vector<char> ReadHandleList() {
@@ -49,7 +53,7 @@ std::size_t CountHandles(DWORD processId) {
   for (ULONG i = 0; i < all; ++i) {
     HandleListEntry entry{};
     std::memcpy(&entry, list.data() + kEntriesOffset + i * sizeof(entry), sizeof(entry));
-    if (entry.processId == static_cast<USHORT>(processId)) ++count;
+    if (entry.processId == static_cast<USHORT>(processId) && entry.type != kNoType) ++count;
   }
   return count;
 }
@@ -90,6 +94,12 @@ ProcessFigures FiguresOf(DWORD processId) {
   const PROCESS_MEMORY_COUNTERS memory = MemoryOf(processId);
   return {CountHandles(processId), CountThreads(processId), memory.PagefileUsage,
           memory.PeakWorkingSetSize};
+}
+
+ProcessFigures SettledFiguresOf(DWORD processId) {
+  WaitUntil("the warm-up ends", [processId] { return CountThreads(processId) == 1; });
+  WaitForListening();
+  return FiguresOf(processId);
 }
 
 std::string FigureText(const ProcessFigures& figures) {

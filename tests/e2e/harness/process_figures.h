@@ -20,6 +20,10 @@ struct ProcessFigures {
 // Throws std::runtime_error when the platform does not tell.
 ProcessFigures FiguresOf(DWORD processId);
 
+// Those of a service in console or daemon mode whose warm-up has ended and which waits for a
+// client.
+ProcessFigures SettledFiguresOf(DWORD processId);
+
 // The figures as one line for the test's output.
 std::string FigureText(const ProcessFigures& figures);
 
