@@ -89,13 +89,13 @@ int FailWithoutReply(ExchangeEnd end, bool json, Screen& screen) {
     screen.out.write(JsonText(object));
   }
   screen.err.line(reason.sentence);
-  screen.err.line(L"  What to do: " + reason.whatToDo + L".");
+  screen.err.paragraph(L"  What to do: " + reason.whatToDo + L".", 14);
   return end == ExchangeEnd::kInterrupted ? kExitInterrupted : kExitUnreachable;
 }
 
 void TellRefusal(const std::wstring& error, Screen& screen) {
   screen.err.line(PlainLine(error));
-  screen.err.line(L"  What to do: " + WhatToDo(error) + L".");
+  screen.err.paragraph(L"  What to do: " + WhatToDo(error) + L".", 14);
 }
 
 }  // namespace vpn

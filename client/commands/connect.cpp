@@ -154,7 +154,7 @@ void TellFailure(const Plan& plan, const Outcome& outcome, const ConnectTrace* c
     screen.err.line(words.empty() ? L"  Xray has written nothing into xray-error.log."
                                   : L"  Xray's own words (xray-error.log): " + words);
   }
-  screen.err.line(L"  What to do: " + WhatToDo(outcome.reply.error) + L".");
+  screen.err.paragraph(L"  What to do: " + WhatToDo(outcome.reply.error) + L".", 14);
   if (outcome.reply.running) {
     screen.err.line(L"The tunnel from before is still up.");
   }

@@ -49,7 +49,7 @@ void ShowFinding(const Check& check, const Finding& finding, Output& out) {
   ShowMark(finding.verdict, out);
   out.line(L" " + PadRight(check.title, kTitleWidth) + PlainLine(finding.text));
   if (!finding.whatToDo.empty()) {
-    out.line(L"    " + PlainLine(finding.whatToDo) + L".");
+    out.paragraph(L"    " + PlainLine(finding.whatToDo) + L".", 4);
   }
 }
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "client/text/display_width.h"
 #include "src/common/environment.h"
 #include "src/common/text.h"
 
@@ -66,6 +67,16 @@ void Output::write(const std::wstring& text, Ink ink) {
                                 static_cast<WORD>((attributes_ & kBackground) | Foreground(ink)));
   writeConsole(text);
   (void)SetConsoleTextAttribute(handle_, attributes_);
+}
+
+void Output::paragraph(const std::wstring& text, size_t hang) {
+  if (!isConsole_) {
+    line(text);
+    return;
+  }
+  for (const std::wstring& part : WrapText(text, columns_ - 1, hang)) {
+    line(part);
+  }
 }
 
 void Output::writeConsole(const std::wstring& text) const {

@@ -21,6 +21,9 @@ class Output {
   void write(const std::wstring& text, Ink ink = Ink::kPlain);
   void line(const std::wstring& text = L"", Ink ink = Ink::kPlain) { write(text + L'\n', ink); }
 
+  // A long line: on a console broken at blanks, its further lines `hang` columns in.
+  void paragraph(const std::wstring& text, size_t hang);
+
   // A console, and the user has not asked for plain output with NO_COLOR.
   bool isLively() const { return isConsole_ && !isPlain_; }
 

@@ -92,6 +92,25 @@ std::wstring CutToWidth(std::wstring_view text, size_t width) {
   return std::wstring(text.substr(0, end)) + (width == 0 ? L"" : L"…");
 }
 
+std::vector<std::wstring> WrapText(const std::wstring& text, size_t width, size_t hang) {
+  std::vector<std::wstring> lines;
+  std::wstring line;
+  for (size_t at = 0; at < text.size();) {
+    const size_t start = std::min(text.find_first_not_of(L' ', at), text.size());
+    const size_t end = std::min(text.find(L' ', start), text.size());
+    const std::wstring piece = text.substr(at, end - at);  // with the blanks in front of it
+    if (start > at && !line.empty() && DisplayWidth(line) + DisplayWidth(piece) > width) {
+      lines.push_back(line);
+      line = std::wstring(hang, L' ') + text.substr(start, end - start);
+    } else {
+      line += piece;
+    }
+    at = end;
+  }
+  lines.push_back(line);
+  return lines;
+}
+
 std::wstring PlainLine(std::wstring text) {
   std::replace_if(
       text.begin(), text.end(), [](wchar_t unit) { return unit < 0x20 || unit == 0x7F; }, L' ');

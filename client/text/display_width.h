@@ -4,6 +4,7 @@
 
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace vpn {
 
@@ -18,6 +19,10 @@ std::wstring PadLeft(std::wstring_view text, size_t width);
 
 // At most `width` columns, the last of them an ellipsis when something was cut off.
 std::wstring CutToWidth(std::wstring_view text, size_t width);
+
+// Lines of at most `width` columns, broken at blanks; all but the first begin with `hang` blanks. A
+// word that is too long for a line stands on one of its own.
+std::vector<std::wstring> WrapText(const std::wstring& text, size_t width, size_t hang);
 
 // One line that can do no harm on a screen: control characters become blanks.
 std::wstring PlainLine(std::wstring text);

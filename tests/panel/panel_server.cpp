@@ -4,6 +4,7 @@
 #include <sys/socket.h>
 
 #include <chrono>
+#include <ctime>
 #include <thread>
 #include <utility>
 #include <vector>
@@ -24,6 +25,16 @@ class ThreadPerConnection : public httplib::TaskQueue {
  private:
   std::vector<std::thread> threads_;
 };
+
+// Now, as HTTP writes it.
+std::string DateText() {
+  const std::time_t now = std::time(nullptr);
+  std::tm parts = {};
+  (void)gmtime_r(&now, &parts);
+  char text[64] = {};
+  (void)std::strftime(text, sizeof(text), "%a, %d %b %Y %H:%M:%S GMT", &parts);
+  return text;
+}
 
 // The connection whose request this thread serves; the library doesn't hand it on.
 thread_local Connection* Current = nullptr;
@@ -58,6 +69,9 @@ PanelServer::PanelServer(std::string name, Panel& panel, TlsSettings* tls)
   };
   Get(".*", serve);
   Post(".*", serve);
+  set_post_routing_handler([](const httplib::Request&, httplib::Response& response) {
+    response.set_header("Date", DateText());
+  });
 }
 
 TlsPointer PanelServer::Handshake(socket_t socket) const {

@@ -1,5 +1,6 @@
 #include "client/advice/advice.h"
 
+#include <filesystem>
 #include <fstream>
 #include <regex>
 #include <set>
@@ -88,6 +89,42 @@ TEST_F(AdviceTest, EveryTextOfTheProtocolHasAnEntry) {
     }
   }
   EXPECT_GE(count, 49u);
+}
+
+// Texts that are no messages: labels of prices and the words between them.
+bool IsNoMessage(const std::string& file) {
+  return file.find("plan_options") != std::string::npos ||
+         file.find("service_install") != std::string::npos;
+}
+
+// What the program looks for in a panel's texts, and what stands for a proxy without a name.
+const std::set<std::string> kWords = {"开通中",   "将其取消", "已存在", "剩余流量",
+                                      "套餐到期", "距离下次", "过滤掉", "未知"};
+
+TEST_F(AdviceTest, EveryChineseTextOfTheSourcesIsPartOfAnEntry) {
+  std::string known;
+  for (const Advice& entry : AllAdvice()) {
+    known += WideToUtf8(entry.pattern) + "\n";
+  }
+  static const std::regex kLiteral("\"([^\"\\n]*[\xE4-\xE9][^\"\\n]*)\"");
+  size_t count = 0;
+  for (const auto& file :
+       std::filesystem::recursive_directory_iterator(std::string(TAVRIN_SOURCE_DIR) + "/src")) {
+    const std::string name = file.path().string();
+    if (!name.ends_with(".cpp") || IsNoMessage(name)) {
+      continue;
+    }
+    std::string text = ReadSource(name.substr(std::string(TAVRIN_SOURCE_DIR).size() + 1));
+    text = std::regex_replace(text, std::regex("//[^\n]*"), "");
+    for (std::sregex_iterator at(text.begin(), text.end(), kLiteral), end; at != end; ++at) {
+      std::string literal = (*at)[1];
+      literal.erase(0, literal.find_first_not_of(' '));
+      EXPECT_TRUE(kWords.contains(literal) || known.find(literal) != std::string::npos)
+          << name << ": " << literal;
+      ++count;
+    }
+  }
+  EXPECT_GT(count, 40u);
 }
 
 TEST_F(AdviceTest, ValuesAreCarriedOver) {

@@ -101,7 +101,11 @@ TEST_F(ConnectTest, TheStepThatFailedIsMarkedAndXraysWordsFollow) {
   EXPECT_EQ(screen[5], "  ✗ Xray listening                5 003 ms");
   EXPECT_EQ(screen[6], "连接核心无法启动，请换一条线路或重新登录后再试。");
   EXPECT_EQ(screen[7], "  Xray's own words (xray-error.log): failed to read server hello");
-  EXPECT_EQ(screen[8].substr(0, 35), "  What to do: choose another node, ");
+  EXPECT_EQ(
+      screen[8],
+      "  What to do: choose another node, or sign in again, and read xray-error.log: most often it "
+      "is the");
+  EXPECT_EQ(screen[9], "              node's settings, a missing geo file, or a virus scanner.");
 }
 
 TEST_F(ConnectTest, AnXrayWithoutWordsIsSaidToo) {

@@ -19,18 +19,18 @@ class PresenceTest : public unit::ClientTest {
 TEST_F(PresenceTest, TheInstalledServiceIsFoundByTheServicesOwnName) {
   machine.services.Install({.name = "TavrinService", .state = SERVICE_RUNNING});
   ASSERT_STREQ(kServiceName, L"TavrinService");
-  const InstalledService installed = FindInstalledService();
-  EXPECT_TRUE(installed.isInstalled);
-  EXPECT_TRUE(installed.isReadable);
-  EXPECT_EQ(installed.state, SERVICE_RUNNING);
+  const InstalledService service = FindInstalledService();
+  EXPECT_TRUE(service.isInstalled);
+  EXPECT_TRUE(service.isReadable);
+  EXPECT_EQ(service.state, SERVICE_RUNNING);
 }
 
 TEST_F(PresenceTest, APlainUserMayAskToo) {
   InstallService(SERVICE_STOPPED);
   machine.services.administrator = false;
-  const InstalledService installed = FindInstalledService();
-  EXPECT_TRUE(installed.isInstalled);
-  EXPECT_EQ(installed.commandLine,
+  const InstalledService service = FindInstalledService();
+  EXPECT_TRUE(service.isInstalled);
+  EXPECT_EQ(service.commandLine,
             L"\"D:\\Tavrin\\TavrinService.exe\" --runtime \"D:\\Tavrin files\\runtime\"");
 }
 

@@ -56,6 +56,20 @@ TEST(CutToWidth, NeverCutsAWideCharacterInHalf) {
   EXPECT_EQ(CutToWidth(L"abc", 0), L"");
 }
 
+TEST(WrapText, BreaksAtBlanksAndHangs) {
+  EXPECT_EQ(
+      WrapText(L"  What to do: end that program, then connect", 20, 4),
+      (std::vector<std::wstring>{L"  What to do: end", L"    that program,", L"    then connect"}));
+  EXPECT_EQ(WrapText(L"short", 20, 4), std::vector<std::wstring>{L"short"});
+  EXPECT_EQ(WrapText(L"", 20, 4), std::vector<std::wstring>{L""});
+}
+
+TEST(WrapText, AWordThatIsTooLongStandsAlone) {
+  EXPECT_EQ(WrapText(L"see C:\\a\\very\\long\\path now", 10, 2),
+            (std::vector<std::wstring>{L"see", L"  C:\\a\\very\\long\\path", L"  now"}));
+  EXPECT_EQ(WrapText(L"请先登录请先登录", 6, 2), std::vector<std::wstring>{L"请先登录请先登录"});
+}
+
 TEST(PlainLine, ControlCharactersBecomeBlanks) {
   EXPECT_EQ(PlainLine(L"a\x1B[31mb\nc\x7F"), L"a [31mb c ");
 }
