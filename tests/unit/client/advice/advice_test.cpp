@@ -99,7 +99,8 @@ bool IsNoMessage(const std::string& file) {
 
 // What the program looks for in a panel's texts, and what stands for a proxy without a name.
 const std::set<std::string> kWords = {"开通中",   "将其取消", "已存在", "剩余流量",
-                                      "套餐到期", "距离下次", "过滤掉", "未知"};
+                                      "套餐到期", "距离下次", "过滤掉", "未知",
+                                      "未支付",   "待支付",   "未完成"};
 
 TEST_F(AdviceTest, EveryChineseTextOfTheSourcesIsPartOfAnEntry) {
   std::string known;
