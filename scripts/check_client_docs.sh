@@ -22,12 +22,19 @@ state_no_service() {
 # A port that Xray refuses, which ends it before it listens.
 state_damaged_node() { sed -i 's/"port": 443/"port": 70000/' "$box/runtime/account.json"; }
 
-# What a command line of the document prints, as a person sees it.
+# Backslashes as sed wants them.
+in_pattern() { printf '%s' "${1//\\/\\\\}"; }
+
+# What a command line of the document prints, as a person sees it: in a directory that stays the same,
+# also where JSON doubles its backslashes.
 run_line() {
   local -a words
+  local plain shown='C:\Program Files\Tavrin'
+  plain=$(windows_path "$box")
   eval "words=($1)"
   (cd "$box" && wine_run "$box/tavrinctl.exe" "${words[@]:1}" 2>&1 </dev/null || true) | tr -d '\r' |
-    sed -e "s|$(windows_path "$box" | sed 's/\\/\\\\/g')|C:\\\\Program Files\\\\Tavrin|g" -e 's/[ ]*$//'
+    sed -e "s|$(in_pattern "$plain")|$(in_pattern "$shown")|g" -e 's/[ ]*$//' \
+      -e "s|$(in_pattern "${plain//\\/\\\\}")|$(in_pattern "${shown//\\/\\\\}")|g"
 }
 
 normalise() {
