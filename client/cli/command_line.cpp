@@ -56,6 +56,8 @@ void AddOptions(CLI::App& command, const std::string& name, Values& values) {
 // Every command of the help, with the options that the help names.
 void AddCommands(CLI::App& app, Values& values) {
   app.set_help_flag();
+  app.allow_windows_style_options(false);  // a word that begins with a slash is a word
+  app.require_subcommand(0, 1);            // a node may be called like a command
   app.add_flag("--version", values.version);
   for (const CommandHelp& help : AllCommands()) {
     CLI::App* const command = app.add_subcommand(help.name);

@@ -5,6 +5,7 @@
 
 #include "client/doctor/captured_run.h"
 #include "client/doctor/checks.h"
+#include "client/report/secrets.h"
 #include "client/text/display_width.h"
 #include "src/common/files.h"
 #include "src/common/text.h"
@@ -114,8 +115,8 @@ Finding CheckConfiguration(const Patient& patient) {
   if (!IsThere(xray)) {
     return Remark(L"can't be checked without Xray", L"put xray.exe there");
   }
-  std::string ignored;
-  if (!ReadFileBytes(path, ignored)) {
+  std::string text;
+  if (!ReadFileBytes(path, text)) {
     return Remark(path + L" can't be read", L"run this with administrator's rights");
   }
   const CapturedRun run = RunCaptured(QuoteArgument(xray) + L" run -test -c " + QuoteArgument(path),
@@ -124,7 +125,9 @@ Finding CheckConfiguration(const Patient& patient) {
     return DoesNotRun(xray, run);
   }
   if (run.exitCode != 0) {
-    return Problem(L"Xray refuses the last one: " + LastWords(run.output),
+    // Xray quotes what it refuses, and that may be a key.
+    const std::string words = Scrub(WideToUtf8(LastWords(run.output)), SecretsIn(text));
+    return Problem(L"Xray refuses the last one: " + Utf8ToWide(words),
                    L"choose another node, or sign in again; the node's settings are damaged, or a "
                    L"geo file is too old");
   }

@@ -96,6 +96,10 @@ std::vector<std::string> SecretsIn(const std::string& json) {
       secrets.push_back(std::move(value));
     }
   }
+  // A short one inside a longer one would leave the rest of it.
+  std::stable_sort(
+      secrets.begin(), secrets.end(),
+      [](const std::string& left, const std::string& right) { return left.size() > right.size(); });
   return secrets;
 }
 

@@ -7,27 +7,34 @@ namespace {
 
 constexpr DWORD kNetshBudget = 2500;  // milliseconds
 
-void RunNetsh(const std::wstring& arguments) {
-  (void)RunCommand(L"netsh " + arguments, kNetshBudget);  // best effort
+// Best effort. Nothing without an alias: the platform may name an interface with an empty text.
+void RunNetshIpv6(const std::wstring& command, const std::wstring& alias,
+                  const std::wstring& rest) {
+  if (!alias.empty()) {
+    (void)RunCommand(L"netsh interface ipv6 " + command + L"\"" + alias + L"\"" + rest,
+                     kNetshBudget);
+  }
 }
 
 }  // namespace
 
 void NetshResetDns(const std::wstring& alias) {
-  RunNetsh(L"interface ipv4 set dnsservers name=\"" + alias + L"\" source=dhcp");
+  (void)RunCommand(L"netsh interface ipv4 set dnsservers name=\"" + alias + L"\" source=dhcp",
+                   kNetshBudget);
 }
 
 void NetshSetRouterDiscovery(const std::wstring& alias, bool enabled) {
-  RunNetsh(L"interface ipv6 set interface \"" + alias + L"\" routerdiscovery=" +
-           (enabled ? L"enabled" : L"disabled") + L" store=active");
+  RunNetshIpv6(L"set interface ", alias,
+               enabled ? L" routerdiscovery=enabled store=active"
+                       : L" routerdiscovery=disabled store=active");
 }
 
 void NetshDisableIpv6(const std::wstring& alias) {
-  RunNetsh(L"interface ipv6 set interface \"" + alias + L"\" admin=disabled store=active");
+  RunNetshIpv6(L"set interface ", alias, L" admin=disabled store=active");
 }
 
 void NetshDeleteIpv6Route(const std::wstring& prefix, const std::wstring& alias) {
-  RunNetsh(L"interface ipv6 delete route " + prefix + L" interface=\"" + alias + L"\"");
+  RunNetshIpv6(L"delete route " + prefix + L" interface=", alias, L"");
 }
 
 void NetshDeleteIpv6SplitRoutes(const std::wstring& alias) {

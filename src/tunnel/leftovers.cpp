@@ -17,9 +17,7 @@ void ClearTunIpv4(const std::wstring& tunAlias, const std::wstring& tunAddress) 
 }
 
 void CleanupLeftoverNetwork(const std::wstring& tunAddress, const std::wstring& physicalAlias) {
-  if (!physicalAlias.empty()) {
-    NetshSetRouterDiscovery(physicalAlias, true);
-  }
+  NetshSetRouterDiscovery(physicalAlias, true);
   const std::optional<std::wstring> tunAlias = WaitForTunAdapter(kAdapterName, kSinglePass);
   // An adapter that is known by its description alone has no alias that a command could name.
   if (tunAlias && !tunAlias->empty()) {

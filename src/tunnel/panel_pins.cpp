@@ -14,12 +14,10 @@ void TunnelManager::pinPanelHosts(const std::vector<std::wstring>& hosts) {
     const std::vector<std::wstring> resolved = ResolveHostIpv4(host);
     addresses.insert(addresses.end(), resolved.begin(), resolved.end());
   }
-  // Without a gateway (the platform may fail to write it as text) no route can be made.
-  if (physical_.gateway.empty()) {
-    return;
-  }
+  // The platform may name an interface with an empty text, and fail to write a gateway as text.
+  const bool canPin = !physical_.interfaceAlias.empty() && !physical_.gateway.empty();
   for (const std::wstring& address : addresses) {
-    if (!isPinned(address)) {
+    if (canPin && !isPinned(address)) {
       (void)pin(address);
     }
   }

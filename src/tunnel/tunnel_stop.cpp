@@ -41,8 +41,7 @@ void TunnelManager::stop() {
 }
 
 void TunnelManager::undoNetwork() {
-  // No pin was made without a gateway.
-  if (!physical_.gateway.empty()) {
+  if (!physical_.interfaceAlias.empty() && !physical_.gateway.empty()) {
     for (const std::wstring& address : pinnedRoutes_) {
       (void)DeleteRoute(physical_.interfaceAlias, address, kHostRoutePrefix, physical_.gateway);
     }
@@ -52,7 +51,9 @@ void TunnelManager::undoNetwork() {
   if (!networkChanged_) {
     return;
   }
-  ClearTunIpv4(tun_.alias, tun_.address);
+  if (!tun_.alias.empty() && !tun_.address.empty()) {
+    ClearTunIpv4(tun_.alias, tun_.address);
+  }
   NetshSetRouterDiscovery(physical_.interfaceAlias, true);  // brings the IPv6 default route back
   NetshDeleteIpv6SplitRoutes(tun_.alias);
   networkChanged_ = false;

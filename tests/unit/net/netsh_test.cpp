@@ -82,5 +82,13 @@ TEST_F(Netsh, AFailureKeepsNothingFromRunning) {
   EXPECT_EQ(Lines(), Texts{"netsh interface ipv6 delete route 8000::/1 interface=\"tavrin\""});
 }
 
+TEST_F(Netsh, WithoutAnAliasNoIpv6CommandRuns) {
+  vpn::NetshSetRouterDiscovery(L"", true);
+  vpn::NetshDisableIpv6(L"");
+  vpn::NetshDeleteIpv6Route(L"::/0", L"");
+  vpn::NetshDeleteIpv6SplitRoutes(L"");
+  EXPECT_EQ(machine.calls.Count("CreateProcessW"), 0u);
+}
+
 }  // namespace
 }  // namespace unit

@@ -43,11 +43,21 @@ TEST_F(CommandLineTest, WrongLinesSayWhatIsWrong) {
            {{L"connect", L"a", L"b"},
             L"tavrinctl: The following argument was not expected: b\n"
             L"See: tavrinctl help connect\n"},
+           {{L"disconnect", L"status"},
+            L"tavrinctl: The following argument was not expected: status\n"
+            L"See: tavrinctl help disconnect\n"},
            {{L"help", L"frob"}, L"tavrinctl: no command is called frob\nSee: tavrinctl help\n"}}) {
     const ParsedLine parsed = ParseCommandLine(arguments);
     EXPECT_EQ(parsed.kind, Kind::kWrong);
     EXPECT_EQ(parsed.text, text);
   }
+}
+
+TEST_F(CommandLineTest, ANodeMayBeCalledLikeACommand) {
+  const ParsedLine parsed = ParseCommandLine({L"connect", L"status"});
+  EXPECT_EQ(parsed.kind, Kind::kRun);
+  EXPECT_EQ(parsed.line.command, "connect");
+  EXPECT_EQ(parsed.line.node, L"status");
 }
 
 TEST_F(CommandLineTest, NumbersHaveTheirRange) {

@@ -12,7 +12,7 @@ class SecretsTest : public unit::ClientTest {};
 TEST_F(SecretsTest, AreFoundByTheirKeys) {
   EXPECT_EQ(SecretsIn(R"({"email":"a@b.example","password":"hunter22","uuid":"6f2c9d4e",
     "publicKey":"AAAA","shortId":"0123abcd","port":443})"),
-            (Texts{"hunter22", "6f2c9d4e", "AAAA", "0123abcd"}));
+            (Texts{"hunter22", "6f2c9d4e", "0123abcd", "AAAA"}));
   EXPECT_EQ(SecretsIn(R"({"auth_data":"credential","token":"x"})"), Texts{"credential"});
   EXPECT_EQ(SecretsIn(""), Texts());
 }
