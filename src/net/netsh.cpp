@@ -7,7 +7,6 @@ namespace {
 
 constexpr DWORD kNetshBudget = 2500;  // milliseconds
 
-// Best effort. Nothing without an alias: the platform may name an interface with an empty text.
 void RunNetshIpv6(const std::wstring& command, const std::wstring& alias,
                   const std::wstring& rest) {
   if (!alias.empty()) {

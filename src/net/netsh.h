@@ -1,5 +1,5 @@
-// The netsh commands: IPv6 settings, and the reset of name servers to DHCP. Best effort, each
-// within a budget of 2500 ms; nobody reads an outcome. Aliases go into the command as they are.
+// The netsh commands, best effort, within 2500 ms each: the reset of name servers to DHCP, and IPv6
+// settings, but not for an empty alias (the platform may give one). Aliases go in as they are.
 #ifndef TAVRIN_SRC_NET_NETSH_H_
 #define TAVRIN_SRC_NET_NETSH_H_
 
