@@ -7,12 +7,14 @@
 #include "client/exit_codes.h"
 #include "client/json/json_text.h"
 #include "client/live/live_view.h"
+#include "client/report/secrets.h"
 #include "client/service/presence.h"
 #include "client/text/amounts.h"
 #include "client/text/display_width.h"
 #include "client/trace/trace_file.h"
 #include "client/trace/trace_json.h"
 #include "client/trace/trace_watch.h"
+#include "src/common/files.h"
 #include "src/common/text.h"
 #include "src/net/physical_route.h"
 #include "src/runtime/runtime_files.h"
@@ -83,14 +85,19 @@ std::vector<std::int64_t> EarlierMedians(const std::wstring& path) {
   return MedianTimes(ParseTrace(tail.text, tail.isCut).connects);
 }
 
-// The last line that Xray has written since `from`, empty when there is none.
+// The last line that Xray has written since `from`, empty when there is none. Xray quotes what it
+// refuses, and that may be a key of the configuration.
 std::wstring LastXrayLine(const std::wstring& runtimeDir, std::uint64_t from) {
   std::string text;
   if (!ReadFileFrom(runtimeDir + L"\\" + kXrayErrorLog, from, 64 * 1024, text)) {
     return {};
   }
   text.erase(text.find_last_not_of("\r\n") + 1);
-  return PlainLine(Utf8ToWide(text.substr(text.rfind('\n') + 1)));  // npos + 1 is 0
+  std::string config;
+  (void)ReadFileBytes(runtimeDir + L"\\" + kXrayConfigFile,
+                      config);                                 // without one it quotes nothing
+  const std::string line = text.substr(text.rfind('\n') + 1);  // npos + 1 is 0
+  return PlainLine(Utf8ToWide(Scrub(line, SecretsIn(config))));
 }
 
 Outcome SendConnect(const CommandLine& line, Screen& screen, const Plan& plan, TraceWatch& watch,

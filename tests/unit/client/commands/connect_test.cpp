@@ -85,6 +85,20 @@ TEST_F(ConnectTest, AnAccountThatCantBeReadLeavesTheAnswerToTheService) {
   EXPECT_EQ(Err(), "not logged in\n  What to do: sign in.\n");
 }
 
+TEST_F(ConnectTest, XraysWordsAreShownWithoutTheKeyThatTheyQuote) {
+  ScriptedService service(machine);
+  const std::wstring runtime = unit::kRuntime;
+  AppendTraceAfter(30, unit::RecordedLines(5));
+  machine.files.Put(runtime + L"\\session.json.xray.json", R"({"publicKey":"c2VjcmV0LWtleQ"})");
+  machine.clock.After(60, [&] {
+    machine.files.Put(runtime + L"\\xray-error.log", "invalid \"publicKey\": c2VjcmV0LWtleQ\n");
+  });
+  service.RepliesAfter(5040, kXrayReply);
+  EXPECT_EQ(Run({L"connect"}), 1);
+  EXPECT_EQ(Err().find("c2VjcmV0LWtleQ"), std::string::npos) << Err();
+  EXPECT_NE(Err().find("invalid \"publicKey\": "), std::string::npos) << Err();
+}
+
 TEST_F(ConnectTest, TheStepThatFailedIsMarkedAndXraysWordsFollow) {
   UseTerminal();
   ScriptedService service(machine);
