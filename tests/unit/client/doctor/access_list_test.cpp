@@ -14,6 +14,24 @@ TEST(AccessListTest, ReadersAreNoWriters) {
 }
 
 // To list, to read and write attributes and extended ones, to enter, to read the list.
+#define INSTALLER L"S-1-5-80-956008885-3418522649-1831038044-1853292631-2271478464"
+
+TEST(AccessListTest, TheListsThatWindowsItselfMakes) {
+  const std::wstring programFiles =
+      L"O:" INSTALLER L"G:" INSTALLER L"D:PAI(A;;FA;;;" INSTALLER L")(A;CIIO;GA;;;" INSTALLER
+      L")(A;;0x1301bf;;;SY)(A;OICIIO;GA;;;SY)(A;;0x1301bf;;;BA)(A;OICIIO;GA;;;BA)"
+      L"(A;;0x1200a9;;;BU)(A;OICIIO;GXGR;;;BU)(A;OICIIO;GA;;;CO)(A;;0x1200a9;;;AC)"
+      L"(A;OICIIO;GXGR;;;AC)(A;;0x1200a9;;;S-1-15-2-2)(A;OICIIO;GXGR;;;S-1-15-2-2)";
+  EXPECT_EQ(ForeignWriters(programFiles), Writers());
+  const std::wstring belowTheRoot =
+      L"O:BAD:AI(A;OICIID;FA;;;BA)(A;OICIID;FA;;;SY)(A;OICIID;0x1200a9;;;BU)(A;ID;0x1301bf;;;AU)"
+      L"(A;OICIIOID;SDGXGWGR;;;AU)";
+  EXPECT_EQ(ForeignWriters(belowTheRoot), Writers{L"every user who is signed in"});
+  const std::wstring root =
+      L"O:" INSTALLER L"D:PAI(A;OICI;FA;;;SY)(A;OICI;FA;;;BA)(A;OICI;0x1200a9;;;BU)(A;CI;LC;;;BU)";
+  EXPECT_EQ(ForeignWriters(root), Writers{L"the users"});
+}
+
 TEST(AccessListTest, RightsThatChangeNoProgramDoNotCount) {
   for (const wchar_t* right : {L"CC", L"SW", L"RP", L"WP", L"LO", L"CR", L"RC", L"0x1", L"0x8",
                                L"0x10", L"0x20", L"0x80", L"0x100", L"0x20000", L"0x100000"}) {
