@@ -29,7 +29,7 @@ in_pattern() { printf '%s' "${1//\\/\\\\}"; }
 # also where JSON doubles its backslashes.
 run_line() {
   local -a words
-  local plain shown='C:\Program Files\Tavrin'
+  local plain shown='C:\Tavrin'
   plain=$(windows_path "$box")
   eval "words=($1)"
   (cd "$box" && wine_run "$box/tavrinctl.exe" "${words[@]:1}" 2>&1 </dev/null || true) | tr -d '\r' |
