@@ -3,6 +3,7 @@ package service
 import (
 	"io"
 	"net"
+	"path/filepath"
 	"strings"
 	"testing"
 
@@ -34,6 +35,7 @@ func TestCoreCarriesAPageWhileTheTunnelIsUp(t *testing.T) {
 		t.Errorf("%d cores run", count)
 	}
 	b.expectReply("status", up)
+	expectDoctor(b, "Xray accepts the last one")
 	b.expectReply("disconnect", down)
 	if b.processes("xray.exe") != 0 || portIsOpen() {
 		t.Error("the core outlives the tunnel")
@@ -61,6 +63,17 @@ func TestCoreThatRefusesItsNodeIsReported(t *testing.T) {
 	}
 	if strings.Contains(b.read("runtime/xray-error.log"), "started") {
 		t.Error("the core started")
+	}
+	expectDoctor(b, "Xray refuses the last one: Failed to start: main: failed to load config files")
+	expectDoctor(b, `infra/conf: invalid "password": `)
+}
+
+// expectDoctor looks for a text in what the client's doctor finds.
+func expectDoctor(b *box, text string) {
+	b.t.Helper()
+	findings := b.run(filepath.Join(b.directory, "tavrinctl.exe"), "doctor", "--runtime", b.windowsPath("runtime"))
+	if !strings.Contains(strings.Join(strings.Fields(findings), " "), text) {
+		b.t.Errorf("the doctor does not say %s:\n%s", text, findings)
 	}
 }
 

@@ -25,7 +25,8 @@ func takeNetwork() error {
 	}
 	for _, address := range allAddresses() {
 		prefix := netip.PrefixFrom(address, address.BitLen()).String()
-		if err := run("ip", "address", "replace", prefix, "dev", "lo"); err != nil {
+		// Without the search for a duplicate, during which an IPv6 address can't be used yet.
+		if err := run("ip", "address", "replace", prefix, "dev", "lo", "nodad"); err != nil {
 			return err
 		}
 	}
