@@ -44,14 +44,14 @@ func newBox(t *testing.T) *box {
 	b.copy(filepath.Join(windows, "standins/tun2socks-windows-amd64.exe"), tun2socks)
 	b.write("runtime/tun2socks/wintun.dll", "not a library")
 	b.write("runtime/session.json", `{"email":"someone@mail.example","expireAt":"2999-12-31"}`)
-	b.write("machine/none", "")
+	b.must(os.Mkdir(filepath.Join(b.directory, "machine"), 0o755))
 	b.signIn(nil)
 	return b
 }
 
 const tun2socks = "runtime/tun2socks/tun2socks-windows-amd64.exe"
 
-// withRealXray and withXrayStandIn finish the layout.
+// withRealXray and withXrayStandIn finish the layout with the one or the other.
 func (b *box) withRealXray() *box {
 	b.copy(filepath.Join(os.Getenv("TAVRIN_REAL"), "xray.exe"), "runtime/xray/xray.exe")
 	for _, name := range []string{"geoip.dat", "geosite.dat"} {

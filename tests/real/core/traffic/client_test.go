@@ -3,7 +3,6 @@
 package traffic
 
 import (
-	"log"
 	"os"
 	"os/exec"
 	"path/filepath"
@@ -17,18 +16,7 @@ import (
 var everything *world.World
 
 func TestMain(m *testing.M) {
-	directory, err := os.MkdirTemp("", "tavrin-node-")
-	if err != nil {
-		log.Fatal(err)
-	}
-	programs := world.Programs{Core: os.Getenv("TAVRIN_XRAY"), GeoData: os.Getenv("TAVRIN_GEO_DATA")}
-	if everything, err = world.Start(programs, directory); err != nil {
-		log.Fatal(err)
-	}
-	code := m.Run()
-	everything.Stop()
-	os.RemoveAll(directory)
-	os.Exit(code)
+	os.Exit(world.Around(m, func(started *world.World) { everything = started }))
 }
 
 // connect runs the product's configuration for the node; further fields take the place of the right
