@@ -10,7 +10,8 @@ export TAVRIN_NODE_CONFIGURATION=$root/build/native/tests/real/node_configuratio
 export TAVRIN_OPERATIONS=$root/docs/operations.md TAVRIN_PROTOCOL=$root/docs/control-protocol.md
 export TAVRIN_WINDOWS_BUILD=$root/build/windows TAVRIN_LAUNCHER=$root/tests/e2e/run_in_wine.sh
 export TAVRIN_EXERCISE=$root/tests/real/node/exercise.js
-export TAVRIN_KEPT_FILES=${TAVRIN_KEPT_FILES:-$root/build/configurations}
+export TAVRIN_COLLECTED=${TAVRIN_KEPT_FILES:-$root/build/configurations}
+unset TAVRIN_KEPT_FILES  # what is generated from here on was collected by nobody
 limit=600
 
 need_core

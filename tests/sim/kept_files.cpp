@@ -9,7 +9,7 @@ namespace sim {
 
 void KeepWrittenFile(const std::wstring& path, const std::string& content) {
   const char* const directory = std::getenv("TAVRIN_KEPT_FILES");
-  if (directory == nullptr || *directory == '\0' || !path.ends_with(L".json") || content.empty()) {
+  if (directory == nullptr || !path.ends_with(L".json") || content.empty()) {
     return;
   }
   const std::string name = std::to_string(std::hash<std::string>()(content)) + ".json";

@@ -20,7 +20,7 @@ var sandboxPath = regexp.MustCompile(`"error": "[^"]*tavrin e2e [0-9-]+`)
 // when nothing is wrong with its node, and refused otherwise. The ones that differ by the directory of
 // their test alone are asked for once.
 func TestCollectedConfigurations(t *testing.T) {
-	files, _ := filepath.Glob(filepath.Join(os.Getenv("TAVRIN_KEPT_FILES"), "*.json"))
+	files, _ := filepath.Glob(filepath.Join(os.Getenv("TAVRIN_COLLECTED"), "*.json"))
 	seen := map[string]bool{}
 	count := map[bool]int{}
 	for _, file := range files {
