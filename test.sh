@@ -1,7 +1,9 @@
 #!/usr/bin/env bash
 # Installs what is missing, builds both worlds and runs what everybody should wait for; ends at the
 # first stage that fails. Each stage shows its time and its counts.
-#   --all       also clang-tidy, ThreadSanitizer, all fault scenes, fuzzing and the short soaks
+#   --all       also clang-tidy, ThreadSanitizer, all fault scenes, fuzzing, the short soaks and --real
+#   --real      also the real Xray and tun2socks, built from their Go modules, and Node.js as a client;
+#               what a machine can't do for want of Go or npm is shown as skipped
 #   --soak      300 connects under Wine, 100,000 simulated ones, and both commands of the README on a
 #               bare machine (two hours)
 #   --coverage  the coverage of src/ by the native tests
@@ -9,25 +11,30 @@ set -euo pipefail
 cd "$(dirname "$0")"
 
 case "${1:-}" in
-  '' | --all | --soak) mode=${1:-} ;;
+  '' | --all | --real | --soak) mode=${1:-} ;;
   --coverage) exec scripts/coverage.sh ;;
-  *) echo "usage: ./test.sh [--all | --soak | --coverage]" >&2; exit 2 ;;
+  *) echo "usage: ./test.sh [--all | --real | --soak | --coverage]" >&2; exit 2 ;;
 esac
 
 mkdir -p build
 table=()
 passed=0
 failed=0
+skipped=0
 
 finish() {
   printf '\n%-58s %6s  %s\n' Stage Time Result
   printf '%s\n' "${table[@]}" ""
-  echo "$passed passed, $failed failed"
+  if [ "$skipped" = 0 ]; then
+    echo "$passed passed, $failed failed"
+  else
+    echo "$passed passed, $failed failed, $skipped skipped"
+  fi
   [ "$failed" = 0 ] || exit 1
 }
 
 # stage NAME COMMAND...: runs a stage. Its output is shown when it fails. What a stage of tests has
-# counted is its last line.
+# counted is its last line. A stage that this machine can't do ends with the line "skipped: REASON".
 stage() {
   local name=$1 start=$SECONDS log=build/stage.log result=ok row
   shift
@@ -44,6 +51,9 @@ stage() {
     failed=$((failed + BASH_REMATCH[2]))
   elif [ "$good" = 0 ]; then
     failed=$((failed + 1))
+  elif [[ $(tail -n 1 "$log") == "skipped: "* ]]; then
+    result=$(tail -n 1 "$log")
+    skipped=$((skipped + 1))
   fi
   row=$(printf '%-58s %3d:%02d  %s' "$name" $(((SECONDS - start) / 60)) $(((SECONDS - start) % 60)) "$result")
   echo "$row"
@@ -56,6 +66,13 @@ soak_in_wine() {
     build/windows/e2e/e2e_tests.exe '--gtest_filter=Soak.*'
 }
 simulated_soak() { TAVRIN_SIMULATED_SOAK_ROUNDS=100000 build/native/tests/soak/simulated_soak; }
+
+# The configurations that the tests generate are kept for the real Xray.
+if [ "$mode" = --all ] || [ "$mode" = --real ]; then
+  export TAVRIN_KEPT_FILES=$PWD/build/configurations
+  rm -rf "$TAVRIN_KEPT_FILES"
+  mkdir -p "$TAVRIN_KEPT_FILES"
+fi
 
 stage "Packages" scripts/install_packages.sh cmake ninja-build git g++ g++-mingw-w64-x86-64-posix \
   wine wine64 clang clang-format clang-tidy libclang-rt-14-dev lld libgtest-dev libgmock-dev \
@@ -72,6 +89,23 @@ stage "Unit, contract and fault tests on the simulated machine" scripts/run_ctes
 # in_lane SCRIPT: a check that runs the built programs.
 in_lane() { tests/e2e/in_lane.sh build/windows/lanes "$@" build/windows; }
 
+real_stages() {
+  stage "The examples of the control protocol" scripts/check_examples.sh
+  stage "Stages that a machine can't do are skipped" tests/real/check_skips.sh
+  stage "Build of the real Xray and tun2socks" tests/real/build.sh
+  stage "The real Xray's verdict, 25.12.8" tests/real/run.sh verdict xray
+  stage "The real Xray's verdict, 26.3.27" tests/real/run.sh verdict xray-newest
+  stage "Traffic through a REALITY server, 25.12.8" tests/real/run.sh traffic xray
+  stage "Traffic through a REALITY server, 26.3.27" tests/real/run.sh traffic xray-newest
+  stage "The real Xray as the service's child under Wine" tests/real/run.sh service Core
+  stage "The real tun2socks' command line" tests/real/run.sh service Tun2socks
+  stage "Node.js for Windows" tests/real/fetch_node.sh
+  stage "Node.js as a client" tests/real/run.sh service Node
+}
+
+if [ "$mode" = --all ] || [ "$mode" = --real ]; then
+  real_stages
+fi
 if [ "$mode" = --all ]; then
   stage "More packages" scripts/install_packages.sh tmux chromium fonts-noto-cjk
   stage "The client's documented outputs" in_lane scripts/check_client_docs.sh

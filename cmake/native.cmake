@@ -43,6 +43,7 @@ endif()
 add_subdirectory(client)
 add_subdirectory(tests/unit)
 add_subdirectory(tests/contract)
+add_subdirectory(tests/real)
 add_subdirectory(tests/soak)
 # Thousands of connects, one thread each: nothing for ThreadSanitizer, which would take long over them.
 if(NOT TAVRIN_SANITIZE STREQUAL "thread")

@@ -8,6 +8,7 @@
 #include <mutex>
 #include <utility>
 
+#include "tests/sim/kept_files.h"
 #include "tests/sim/text.h"
 
 namespace sim {
@@ -244,6 +245,9 @@ void Streams::Close(Stream& stream) {
   const MachineLock lock = core_.Lock();
   if (stream.node) {
     Count(stream, -1);
+    if (stream.mode.write) {
+      KeepWrittenFile(stream.node->path, stream.node->content);
+    }
   }
   std::erase_if(open_,
                 [&stream](const auto& entry) { return entry.second.stream.get() == &stream; });

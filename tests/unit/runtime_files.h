@@ -16,7 +16,7 @@ inline std::string AccountJson(const std::string& nodeName = "Tokyo") {
          R"("nodeName":")" +
          nodeName +
          R"(","address":"198.51.100.7","port":443,"uuid":"2f9f0a3c-0000-4000-8000-000000000001",)"
-         R"("sni":"www.site.example","publicKey":"k","shortId":"01ab"})";
+         R"("sni":"www.site.example","publicKey":"bm9kZS1vZi10aGUtdW5pdC10ZXN0cy0tLS0tLS0tLS0","shortId":"01ab"})";
 }
 
 inline void PutLocalAccount(sim::Machine& machine, const std::wstring& runtimeDir = kRuntimeDir) {

@@ -54,6 +54,18 @@ bool TryRemoveTree(const std::wstring& path) {
   return RemoveDirectoryW(path.c_str()) != 0 || !Exists(path);
 }
 
+// The configuration of the last connect goes into the directory that the environment names, if it
+// names one, for the real Xray to judge.
+void KeepConfiguration(const std::wstring& runtime) {
+  wchar_t directory[MAX_PATH] = {};
+  if (GetEnvironmentVariableW(L"TAVRIN_KEPT_FILES", directory, MAX_PATH) == 0) return;
+  static int count = 0;
+  const std::wstring kept =
+      L"Z:" + std::wstring(directory) + L"/e2e-" + std::to_wstring(GetCurrentProcessId()) + L"-" +
+      std::to_wstring(GetTickCount64()) + L"-" + std::to_wstring(++count) + L".json";
+  CopyFileW((runtime + L"\\session.json.xray.json").c_str(), kept.c_str(), TRUE);
+}
+
 }  // namespace
 
 Sandbox::Sandbox(const std::wstring& runtimeName) : root_(FreshRoot()) {
@@ -64,6 +76,7 @@ Sandbox::Sandbox(const std::wstring& runtimeName) : root_(FreshRoot()) {
 }
 
 Sandbox::~Sandbox() {
+  KeepConfiguration(runtime_);
   for (int attempt = 0; attempt < kRemoveAttempts && !TryRemoveTree(root_); ++attempt) Sleep(10);
 }
 

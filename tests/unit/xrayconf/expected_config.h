@@ -52,7 +52,7 @@ inline constexpr char kExpected[] = R"json({
         "realitySettings": {
           "serverName": "www.example.org",
           "fingerprint": "chrome",
-          "publicKey": "KEY-of_the-node",
+          "publicKey": "KEY-of_the-node-with-43-characters-AAAAAAAA",
           "shortId": "0a1b2c3d"
         },
         "sockopt": {
@@ -121,7 +121,7 @@ class XrayConfigTest : public sim::MachineTest {
     node.port = 443;
     node.uuid = L"0b0b0b0b-1111-2222-3333-444444444444";
     node.sni = L"www.example.org";
-    node.publicKey = L"KEY-of_the-node";
+    node.publicKey = L"KEY-of_the-node-with-43-characters-AAAAAAAA";
     node.shortId = L"0a1b2c3d";
   }
 
