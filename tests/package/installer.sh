@@ -7,8 +7,17 @@ set -euo pipefail
 . "$(dirname "$0")/checks.sh"
 packages=$(cd "$1" && pwd)
 standins=$(cd "$2" && pwd)
-machine=$(mktemp -d)
-trap 'rm -rf "$machine"' EXIT
+# A prefix of its own: what it says of Windows and of itself changes here.
+warm=$(dirname "$WINEPREFIX")/warm
+machine=$(mktemp -d "$(dirname "$WINEPREFIX")/package-XXXXXX")
+export WINEPREFIX=$machine/prefix
+"$root/tests/e2e/copy_prefix.sh" "$warm" "$WINEPREFIX"
+end_prefix() {
+  wineserver -k 2>/dev/null || true
+  wineserver -w
+  rm -rf "$machine"
+}
+trap end_prefix EXIT
 place="$WINEPREFIX/drive_c/Program Files/Tavrin"
 installed='C:\Program Files\Tavrin'
 down='{"ok":true,"running":false,"error":""}'
@@ -25,7 +34,8 @@ installer() {
   expect "$1: the exit code of msiexec" "$2" "$code"
 }
 
-# 67 is what a shell sees of 1603, "fatal error during installation".
+# 67 is what a shell sees of 1603, "fatal error during installation", and 91 of 1627, with which Wine
+# ends when a program of the package has failed.
 install() { installer "$1" "$2" /i "$(msi_of "$3")"; }
 remove() { installer "$1" 0 /x "$(msi_of "$2")" "${@:3}"; }
 
@@ -33,8 +43,10 @@ registry() { in_wine reg query "$@" 2>/dev/null | tr -d '\r'; }
 service_entry() {
   registry 'HKLM\SYSTEM\CurrentControlSet\Services\TavrinService' /v ImagePath | sed -n 's/.*REG_[A-Z_]* *//p'
 }
+# Wine leaves the separator of an entry that it removes.
 search_path() {
-  registry 'HKLM\SYSTEM\CurrentControlSet\Control\Session Manager\Environment' /v PATH | sed -n 's/.*REG_[A-Z_]* *//p'
+  registry 'HKLM\SYSTEM\CurrentControlSet\Control\Session Manager\Environment' /v PATH |
+    sed -n 's/.*REG_[A-Z_]* *//p' | tr ';' '\n' | sed '/^$/d'
 }
 # The versions that the list of installed programs has.
 listed() {
@@ -51,6 +63,7 @@ windows_is() {
 
 # The simulated network beside the installed service, and an account.
 put_network_and_data() {
+  mkdir -p "$place/runtime"
   cp "$standins/iphlpapi.dll" "$standins/netsh.exe" "$place/"
   printf 'Z:%s' "${machine//\//\\}" >"$place/test-machine.txt"
   export TAVRIN_TEST_MACHINE="Z:${machine//\//\\}"
@@ -86,7 +99,7 @@ first_installation() {
 Service  running as a Windows service, version 0.1.0, $installed\\runtime" "$(ctl status)"
   expect 'the registered command line' \
     "\"$installed\\TavrinService.exe\" --runtime \"$installed\\runtime\"" "$(service_entry)"
-  expect 'the search path' "$path_before;$installed\\" "$(search_path)"
+  expect 'the search path' "$path_before"$'\n'"$installed\\" "$(search_path)"
   expect 'listed as installed' 0.1.0 "$(listed)"
   expect 'the runtime directory' 'HELPERS.txt tavrin-service.log ' "$(files_in runtime)"
   expect 'the doctor says what is missing' '✗ Programs' "$(ctl doctor | grep -o '✗ Programs')"
@@ -99,7 +112,7 @@ failing_registration() {
   local holder=$HOLDER_PID said
   read -r -u "${HOLDER[0]}" said
   expect 'the name of the service is held' held "${said%$'\r'}"
-  install 'the name of the service is being deleted' 67 bare
+  install 'the name of the service is being deleted' 91 bare
   expect 'the program says why' 'CreateService failed err=1072' "$(grep -ao 'CreateService failed err=[0-9]*' "$machine/said.txt")"
   exec {HOLDER[1]}>&-
   wait "$holder" || true
@@ -107,28 +120,31 @@ failing_registration() {
 }
 
 upgrade_over_a_tunnel() {
-  install 'older version' 0 older
   put_network_and_data
+  install 'older version' 0 older
   expect 'the older version' 'tavrinctl 0.0.9' "$(ctl --version)"
   expect 'its panel is the vendor'\''s' '  "panelDomain": "panel.vendor.example",' "$(ctl --version --json | grep panelDomain)"
   before=$(show_network)
   sums=$(data_sums)
   expect 'a tunnel with the older version' "$up" "$(ctl request '{"op":"connect"}')"
+  expect 'its routes' 2 "$(show_network | grep -c ' on tavrin$')"
   install 'upgrade' 0 full
   expect 'the network after the upgrade' "$before" "$(show_network)"
   expect 'the data after the upgrade' "$sums" "$(data_sums)"
   expect 'the new version answers' "$down" "$(status_reply)"
   expect 'the new version' 'tavrinctl 0.1.0' "$(ctl --version)"
   expect 'only the new version is listed' 0.1.0 "$(listed)"
-  expect 'the search path has one entry' "$path_before;$installed\\" "$(search_path)"
+  expect 'the search path has one entry' "$path_before"$'\n'"$installed\\" "$(search_path)"
   expect 'a tunnel with the new version' "$up" "$(ctl request '{"op":"connect"}')"
   expect 'and down again' "$down" "$(ctl request '{"op":"disconnect"}')"
 }
 
+# Wine's msiexec knows no /f, so the words that /f stands for.
 repair() {
-  rm "$place/TavrinService.exe" "$place/runtime/xray/xray.exe" 2>/dev/null || true
+  in_wine sc stop TavrinService >/dev/null
+  rm "$place/TavrinService.exe" "$place/runtime/xray/xray.exe"
   echo damaged >"$place/tavrinctl.exe"
-  installer 'repair' 0 /fa "$(msi_of full)"
+  installer 'repair' 0 /i "$(msi_of full)" REINSTALL=ALL REINSTALLMODE=amus
   expect 'the service answers after the repair' "$down" "$(status_reply)"
   expect 'the client is whole' 'tavrinctl 0.1.0' "$(ctl --version)"
   expect 'the data after the repair' "$sums" "$(data_sums)"
@@ -173,7 +189,9 @@ unzipped() {
   expect 'the unzipped service answers' "$down" "$reply"
   expect 'it has found its runtime directory' 1 "$(grep -c 'unzipped.tavrin-0.1.0.runtime' "$machine/console.txt")"
   in_wine "$box/tavrinctl.exe" shutdown >/dev/null 2>&1
-  succeeds 'the unzipped service ends' wait "$service"
+  local code=0
+  wait "$service" || code=$?
+  expect 'the exit code of the unzipped service' 0 "$code"
 }
 
 path_before=$(search_path)
