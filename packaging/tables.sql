@@ -1,3 +1,5 @@
+UPDATE `CustomAction` SET `Type` = 3410 WHERE `Action` = 'UndoRegister'
+UPDATE `CustomAction` SET `Type` = 3410 WHERE `Action` = 'UndoUnregister'
 INSERT INTO `Upgrade` (`UpgradeCode`, `VersionMin`, `VersionMax`, `Attributes`, `ActionProperty`) VALUES ('{D5BA6CC0-9CA0-4E3F-9A64-0E8E5A7D7B11}', '0.0.0', '@version@', 768, 'OLDER')
 INSERT INTO `Upgrade` (`UpgradeCode`, `VersionMin`, `Attributes`, `ActionProperty`) VALUES ('{D5BA6CC0-9CA0-4E3F-9A64-0E8E5A7D7B11}', '@version@', 2, 'NEWER')
 INSERT INTO `InstallExecuteSequence` (`Action`, `Sequence`) VALUES ('StopServices', 1900)

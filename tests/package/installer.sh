@@ -78,9 +78,10 @@ JSON
 data_sums() { (cd "$place/runtime" && sha256sum account.json session.json panel.json); }
 take_network_away() { rm -f "$place/iphlpapi.dll" "$place/netsh.exe" "$place/test-machine.txt"; }
 
+# nothing_is_left WHAT [FILES]
 nothing_is_left() {
   expect "$1: no service" '' "$(service_entry)"
-  expect "$1: no file" nothing "$(files_in .)"
+  expect "$1: no file" "${2:-nothing}" "$(files_in .)"
   expect "$1: the search path as before" "$path_before" "$(search_path)"
   expect "$1: not listed as installed" '' "$(listed)"
 }
@@ -117,6 +118,18 @@ failing_registration() {
   exec {HOLDER[1]}>&-
   wait "$holder" || true
   nothing_is_left 'after a failed registration'
+}
+
+# A package of which another program fails when the service is registered and running.
+failure_after_the_registration() {
+  local msi=$machine/failing.msi
+  cp "$(msi_of bare)" "$msi"
+  msibuild "$msi" -q "INSERT INTO \`CustomAction\` (\`Action\`, \`Type\`, \`Source\`, \`Target\`) VALUES ('Fail', 3090, 'tavrinctl.exe', '--frob')"
+  msibuild "$msi" -q "INSERT INTO \`InstallExecuteSequence\` (\`Action\`, \`Sequence\`) VALUES ('Fail', 6403)"
+  installer 'a failure after the registration' 91 /i "Z:$msi"
+  expect 'the service was registered' 'Installed and started TavrinService' \
+    "$(grep -ao 'Installed and started TavrinService' "$machine/said.txt")"
+  nothing_is_left 'after a failure' 'runtime/tavrin-service.log '  # for who looks for the reason
 }
 
 upgrade_over_a_tunnel() {
@@ -198,6 +211,7 @@ path_before=$(search_path)
 old_windows_is_refused
 first_installation
 failing_registration
+failure_after_the_registration
 upgrade_over_a_tunnel
 repair
 older_version_is_refused

@@ -19,7 +19,7 @@ expect 'no other one' 1 "$(rows MsiLockPermissionsEx | wc -l)"
 expect 'which is made by the package' 'folder.INSTALLDIR' "$(row CreateFolder INSTALLDIR)"
 expect 'below the programs of 64 bits' 'ProgramFiles64Folder|Tavrin' "$(row Directory INSTALLDIR)"
 
-# 3090 is deferred, as the system, checked; 3154 ignores the result; 2130 is the one of a rollback.
+# 3090 is deferred, as the system, checked; 3154 ignores the result; 3410 also waits for a rollback.
 register='--install --runtime "[INSTALLDIR]runtime"'
 expect 'Register' "3090|TavrinService.exe|$register|" "$(row CustomAction Register)"
 expect 'UndoRegister' '3410|TavrinService.exe|--uninstall|' "$(row CustomAction UndoRegister)"
@@ -44,8 +44,8 @@ expect 'an upgrade removes what is older, a repair nothing' 'NOT Installed|1501'
 
 version=$(row Property ProductVersion)
 code='{D5BA6CC0-9CA0-4E3F-9A64-0E8E5A7D7B11}'
-expect 'what an upgrade replaces and what it refuses' "$code|$version|||2||NEWER
-$code|0.0.0|$version||768||OLDER" "$(rows Upgrade | tr '\t' '|')"
+expect 'what an upgrade replaces and what it refuses' "$code|0.0.0|$version||768||OLDER
+$code|$version|||2||NEWER" "$(rows Upgrade | tr '\t' '|')"
 expect 'for all users of the machine' 1 "$(row Property ALLUSERS)"
 expect 'always the files of the package' amus "$(row Property REINSTALLMODE)"
 expect 'the service is stopped at each change, and deleted when its program is gone' \
