@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Installs what is missing, builds both worlds and runs what everybody should wait for; ends at the
 # first stage that fails. Each stage shows its time and its counts.
-#   --all       also clang-tidy, ThreadSanitizer, all fault scenes, fuzzing and the short soaks
+#   --all       also the packages, clang-tidy, ThreadSanitizer, all fault scenes, fuzzing and the short soaks
 #   --soak      300 connects under Wine, 100,000 simulated ones, and both commands of the README on a
 #               bare machine (two hours)
 #   --coverage  the coverage of src/ by the native tests
@@ -73,7 +73,9 @@ stage "Unit, contract and fault tests on the simulated machine" scripts/run_ctes
 in_lane() { tests/e2e/in_lane.sh build/windows/lanes "$@" build/windows; }
 
 if [ "$mode" = --all ]; then
-  stage "More packages" scripts/install_packages.sh tmux chromium fonts-noto-cjk
+  stage "More packages" scripts/install_packages.sh tmux chromium fonts-noto-cjk wixl msitools zip unzip \
+    osslsigncode openssl
+  stage "The installer, the zip and the signatures" tests/package/all.sh build/windows
   stage "The client's documented outputs" in_lane scripts/check_client_docs.sh
   stage "The client's screen in a terminal" in_lane scripts/check_client_screen.sh
   stage "The client's page in a browser" in_lane scripts/check_client_page.sh
