@@ -26,7 +26,7 @@ usage() {
   exit 3
 }
 
-helpers='' certificate='' password_file='' timestamp='' version='' output=$PWD/dist
+helpers='' certificate='' password_file='' timestamp='' version='' output=$root/dist
 constants=()
 while [ $# -gt 0 ]; do
   case "$1" in

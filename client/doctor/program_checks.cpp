@@ -5,6 +5,7 @@
 
 #include "client/doctor/captured_run.h"
 #include "client/doctor/checks.h"
+#include "client/doctor/missing_helpers.h"
 #include "client/report/secrets.h"
 #include "client/text/display_width.h"
 #include "src/common/files.h"
@@ -74,6 +75,9 @@ std::wstring LastWords(std::string output) {
 }  // namespace
 
 Finding CheckPrograms(const Patient& patient) {
+  if (const std::optional<Finding> missing = SeveralMissingHelpers(patient)) {
+    return *missing;
+  }
   const std::wstring xray = XrayDirectory(patient) + L"\\" + kXrayProgram;
   const std::wstring tun2socks = FindFileByPattern(Tun2socksDirectory(patient), kTun2socksPattern);
   if (!IsThere(xray)) {

@@ -103,7 +103,9 @@ Service  running as a Windows service, version 0.1.0, $installed\\runtime" "$(ct
   expect 'the search path' "$path_before"$'\n'"$installed\\" "$(search_path)"
   expect 'listed as installed' 0.1.0 "$(listed)"
   expect 'the runtime directory' 'HELPERS.txt tavrin-service.log ' "$(files_in runtime)"
-  expect 'the doctor says what is missing' '✗ Programs' "$(ctl doctor | grep -o '✗ Programs')"
+  expect 'the doctor says what is missing' \
+    "✗ Programs           not in $installed\\runtime: xray\\xray.exe, xray\\geoip.dat, xray\\geosite.dat, tun2socks\\wintun.dll, tun2socks\\tun2socks*.exe" \
+    "$(ctl doctor | grep Programs)"
   remove 'removal' bare
   nothing_is_left 'removal'
 }
