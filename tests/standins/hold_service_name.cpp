@@ -1,5 +1,5 @@
-// Keeps the name of a service taken: registers it, marks it for deletion, says so, and keeps it open
-// until the standard input ends. While it does, Windows refuses to register the name again.
+// Keeps the name of a service taken: registers it, marks it for deletion, says so, and keeps it
+// open until the standard input ends. While it does, Windows refuses to register the name again.
 #include <windows.h>
 
 #include <cstdio>
