@@ -35,22 +35,20 @@ while [ $# -gt 0 ]; do
     *) usage ;;
   esac
   case "$1" in
-    --with-helpers) helpers=$2 ;;
-    --sign) certificate=$2 ;;
-    --password-file) password_file=$2 ;;
+    --with-helpers) helpers=$(realpath -ms -- "$2") ;;
+    --sign) certificate=$(realpath -ms -- "$2") ;;
+    --password-file) password_file=$(realpath -ms -- "$2") ;;
     --timestamp) timestamp=$2 ;;
     --version) version=$2 ;;
-    --output) output=$2 ;;
+    --output) output=$(realpath -ms -- "$2") ;;
   esac
   shift 2
 done
 
 # Everything is made beside the output, and takes its place at the end.
 take_output() {
-  local parent
-  [ -d "$(dirname "$output")" ] || give_up "$(dirname "$output") does not exist"
-  parent=$(cd "$(dirname "$output")" && pwd)
-  output=$parent/$(basename "$output")
+  local parent=${output%/*}
+  [ -d "${parent:=/}" ] || give_up "$parent does not exist"
   [ ! -e "$output" ] || [ -d "$output" ] || give_up "$output is in the way: it is no directory"
   [ ! -e "$output" ] || [ -w "$output" ] || give_up "$output can't be written"
   work=$(mktemp -d "$parent/.package-XXXXXX" 2>/dev/null) || give_up "$parent can't be written"
@@ -85,7 +83,7 @@ build() {
 cd "$root"
 take_output
 check_values
-[ -z "$helpers" ] || check_helpers "$helpers"
+[ -z "$helpers" ] || check_helpers
 scripts/install_packages.sh cmake ninja-build g++-mingw-w64-x86-64-posix nlohmann-json3-dev libcli11-dev \
   wixl msitools zip ${certificate:+osslsigncode}
 take_time

@@ -2,8 +2,8 @@
 
 #include <windows.h>
 
-#include "src/common/files.h"
 #include "src/runtime/runtime_files.h"
+#include "src/tunnel/child_process.h"
 
 namespace vpn {
 namespace {

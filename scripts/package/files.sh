@@ -2,17 +2,15 @@
 
 wanted_helpers='xray/xray.exe xray/geoip.dat xray/geosite.dat tun2socks/wintun.dll'
 
-# check_helpers DIRECTORY: sets the variable `helpers` to the whole path.
 check_helpers() {
   local file odd
-  [ -d "$1" ] || give_up "the directory of the helper programs, $1, does not exist"
-  helpers=$(cd "$1" && pwd)
+  [ -d "$helpers" ] || give_up "the directory of the helper programs, $helpers, does not exist"
   for file in $wanted_helpers; do
-    [ -s "$helpers/$file" ] || give_up "$1 has no $file"
+    [ -s "$helpers/$file" ] || give_up "$helpers has no $file"
   done
-  compgen -G "$helpers/tun2socks/tun2socks*.exe" >/dev/null || give_up "$1 has no tun2socks/tun2socks*.exe"
+  compgen -G "$helpers/tun2socks/tun2socks*.exe" >/dev/null || give_up "$helpers has no tun2socks/tun2socks*.exe"
   odd=$(cd "$helpers" && find xray tun2socks ! -type d ! -type f -o -name '*[!A-Za-z0-9._-]*' | LC_ALL=C sort | head -n 1)
-  [ -z "$odd" ] || give_up "$1 has $odd: only plain files with letters, digits, dots, - and _ in their names can go in"
+  [ -z "$odd" ] || give_up "$helpers has $odd: only plain files with letters, digits, dots, - and _ in their names can go in"
 }
 
 # In one line, what is still to be put where.

@@ -25,6 +25,7 @@ TEST_F(ProgramChecksTest, EachFileIsMissed) {
   machine.files.Remove(InRuntime(L"tun2socks\\tun2socks-windows-amd64.exe"));
   ExpectProblem(CheckPrograms(patient), InRuntime(L"tun2socks") + L" holds no tun2socks*.exe",
                 L"put the file there");
+  machine.files.Put(InRuntime(L"tun2socks\\tun2socks-windows-amd64.exe"));
   machine.files.Remove(InRuntime(L"xray\\xray.exe"));
   ExpectProblem(CheckPrograms(patient), InRuntime(L"xray\\xray.exe") + L" is not there",
                 L"put the file there");
