@@ -28,6 +28,13 @@ done
 succeeds 'the sums are right' env -C "$first/dist" sha256sum --check --strict --quiet SHA256SUMS
 expect 'four files' 'SHA256SUMS tavrin-0.1.0-x64.msi tavrin-0.1.0-x64.spdx tavrin-0.1.0-x64.zip' \
   "$(ls "$first/dist" | tr '\n' ' ' | sed 's/ $//')"
+unzip -q "$first"/dist/*.zip -d "$directory/unzipped"
+cd "$directory/unzipped/tavrin-0.1.0"
+expect 'the list has each file of the zip, with its hash' \
+  "$(find . -type f | LC_ALL=C sort | xargs sha256sum | awk '{ print $2, $1 }')" \
+  "$(awk '/^FileName: / { file = $2 } /^FileChecksum: SHA256: / { print file, $3 }' "$first"/dist/*.spdx)"
+expect 'the installer has as many files' "$(find . -type f | wc -l)" \
+  "$(msiinfo export "$first"/dist/*.msi File | tail -n +4 | wc -l)"
 for file in "$first"/build/package/*.exe; do
   expect "no directory of the build in ${file##*/}" 0 "$(grep -cF "$directory" "$file" || true)"
 done

@@ -48,6 +48,7 @@ expect 'what an upgrade replaces and what it refuses' "$code|0.0.0|$version||768
 $code|$version|||2||NEWER" "$(rows Upgrade | tr '\t' '|')"
 expect 'for all users of the machine' 1 "$(row Property ALLUSERS)"
 expect 'always the files of the package' amus "$(row Property REINSTALLMODE)"
+expect 'no restart unasked' ReallySuppress "$(row Property REBOOT)"
 expect 'the service is stopped at each change, and deleted when its program is gone' \
   'TavrinService|162||1|TavrinService.exe' "$(row ServiceControl StopAndDelete)"
 expect 'the search path of the machine' '=-*PATH|[~];[INSTALLDIR]|tavrinctl.exe' "$(row Environment Path)"
