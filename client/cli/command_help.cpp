@@ -122,7 +122,7 @@ std::wstring OverviewText() {
   }
   return text +
          L"\n  tavrinctl help COMMAND    more about one of them\n"
-         L"  tavrinctl --version       this program's version\n\n"
+         L"  tavrinctl --version       this program's version, with --json its constants\n\n"
          L"Exit codes: 0 done, 1 refused or a problem found, 2 service not reached,\n"
          L"3 wrong command line, 130 interrupted.\n";
 }

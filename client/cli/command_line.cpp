@@ -6,6 +6,7 @@
 #include <iterator>
 
 #include "client/cli/command_help.h"
+#include "client/cli/version_text.h"
 #include "src/common/text.h"
 
 namespace vpn {
@@ -61,7 +62,8 @@ void AddCommands(CLI::App& app, Values& values) {
   app.set_help_flag();
   app.allow_windows_style_options(false);  // a word that begins with a slash is a word
   app.require_subcommand(0, 1);            // a node may be called like a command
-  app.add_flag("--version", values.version);
+  CLI::Option* const version = app.add_flag("--version", values.version);
+  app.add_flag("--json", values.line.json)->needs(version);
   for (const CommandHelp& help : AllCommands()) {
     CLI::App* const command = app.add_subcommand(help.name);
     command->set_help_flag();
@@ -98,7 +100,7 @@ ParsedLine HelpAbout(const std::string& topic) {
 
 ParsedLine Finish(const std::string& command, Values& values) {
   if (values.version) {
-    return Show(std::wstring(L"tavrinctl ") + kClientVersion + L"\n");
+    return Show(VersionText(values.line.json));
   }
   if (command.empty()) {
     return Show(OverviewText());

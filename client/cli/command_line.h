@@ -33,8 +33,6 @@ struct ParsedLine {
 // `arguments` without the program's name.
 ParsedLine ParseCommandLine(const std::vector<std::wstring>& arguments);
 
-inline constexpr wchar_t kClientVersion[] = L"0.1.0";
-
 }  // namespace vpn
 
 #endif  // TAVRIN_CLIENT_CLI_COMMAND_LINE_H_

@@ -14,6 +14,7 @@
 #include "client/text/display_width.h"
 #include "client/trace/trace_file.h"
 #include "client/trace/waterfall.h"
+#include "src/common/deployment.h"
 #include "src/common/text.h"
 #include "src/runtime/runtime_files.h"
 
@@ -43,7 +44,7 @@ std::wstring Now() {
 std::string Head(const Patient& patient) {
   const std::wstring version = FileVersion(patient.place.directory + L"\\TavrinService.exe");
   return "# Tavrin: report for support\n\n" + WideToUtf8(Now()) + ", tavrinctl " +
-         WideToUtf8(kClientVersion) + ", service " +
+         WideToUtf8(kProductVersion) + ", service " +
          (version.empty() ? "of unknown version" : WideToUtf8(version)) + "\n\n";
 }
 

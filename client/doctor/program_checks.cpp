@@ -8,6 +8,7 @@
 #include "client/doctor/checks.h"
 #include "client/doctor/configuration_test_run.h"
 #include "client/doctor/file_look.h"
+#include "client/doctor/missing_helpers.h"
 #include "client/report/secrets.h"
 #include "client/text/display_width.h"
 #include "src/common/files.h"
@@ -114,6 +115,9 @@ std::wstring LastWords(std::string output) {
 }  // namespace
 
 Finding CheckPrograms(const Patient& patient) {
+  if (const std::optional<Finding> missing = SeveralMissingHelpers(patient)) {
+    return *missing;
+  }
   const std::wstring xray = XrayDirectory(patient) + L"\\" + kXrayProgram;
   std::wstring tun2socks;
   std::wstring xrayVersion;

@@ -105,6 +105,41 @@ TEST_F(CommandLineTest, TheVersionIsThatOfThePackage) {
   EXPECT_EQ(ParseCommandLine({L"--version"}).text, L"tavrinctl 0.1.0\n");
 }
 
+TEST_F(CommandLineTest, TheVersionAsJsonHasWhatTheBuildWasGiven) {
+  const ParsedLine parsed = ParseCommandLine({L"--version", L"--json"});
+  EXPECT_EQ(parsed.kind, Kind::kShow);
+  EXPECT_EQ(parsed.text,
+            L"{\n"
+            L"  \"schema\": 1,\n"
+            L"  \"version\": \"0.1.0\",\n"
+            L"  \"panelDomain\": \"panel.example\",\n"
+            L"  \"defaultNodeAddress\": \"203.0.113.10\",\n"
+            L"  \"paymentNotifyUrl\": \"https://api.panel.example\",\n"
+            L"  \"proxyDomains\": [\n"
+            L"    \"google.com\",\n"
+            L"    \"anthropic.com\",\n"
+            L"    \"claude.ai\",\n"
+            L"    \"claude.com\",\n"
+            L"    \"cursor.com\",\n"
+            L"    \"cursor.sh\",\n"
+            L"    \"cursorapi.com\"\n"
+            L"  ]\n"
+            L"}\n");
+}
+
+TEST_F(CommandLineTest, JsonBelongsToTheVersionOrToACommand) {
+  for (const auto& [arguments, text] :
+       std::vector<std::pair<std::vector<std::wstring>, std::wstring>>{
+           {{L"--json"}, L"tavrinctl: --json requires --version\nSee: tavrinctl help\n"},
+           {{L"report", L"a.md", L"--json"},
+            L"tavrinctl: The following argument was not expected: --json\n"
+            L"See: tavrinctl help report\n"}}) {
+    const ParsedLine parsed = ParseCommandLine(arguments);
+    EXPECT_EQ(parsed.kind, Kind::kWrong);
+    EXPECT_EQ(parsed.text, text);
+  }
+}
+
 TEST_F(CommandLineTest, EveryOptionOfTheHelpIsTaken) {
   for (const CommandHelp& command : AllCommands()) {
     for (const OptionHelp& option : command.options) {
