@@ -1,6 +1,7 @@
 // The account and its panel.
 #include <windows.h>
 
+#include "client/account/backend.h"
 #include "client/account/masked.h"
 #include "client/account/node_lookup.h"
 #include "client/advice/advice.h"
@@ -15,11 +16,6 @@ namespace vpn {
 namespace {
 
 constexpr std::int64_t kClockTolerance = 60;  // seconds
-
-std::wstring PanelAddress(const Patient& patient) {
-  const std::wstring address = TrimEndSlashes(ReadPanelEndpoints(patient.place.runtimeDir).apiBase);
-  return address.empty() ? TrimEndSlashes(PanelUrlFromEnvironment()) : address;
-}
 
 std::wstring PlanText(const AccountSession& session) {
   if (!session.hasPlan) {
@@ -55,7 +51,7 @@ Finding CheckAccount(const Patient& patient) {
 }
 
 Finding CheckPanel(const Patient& patient) {
-  const std::wstring address = PanelAddress(patient);
+  const std::wstring address = FindBackend(patient.place.runtimeDir).panel.apiBase;
   if (address.empty()) {
     return Good(L"none configured; the account is a file of this machine");
   }

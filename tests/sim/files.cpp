@@ -154,6 +154,30 @@ std::uint32_t Files::Delete(const std::wstring& path) {
   return 0;
 }
 
+std::uint32_t Files::Rename(const std::wstring& from, const std::wstring& to, bool replace) {
+  const MachineLock lock = core_.Lock();
+  const std::shared_ptr<FileNode> node = Find(from);
+  const std::shared_ptr<FileNode> old = Find(to);
+  const std::shared_ptr<FileNode> directory = Find(DirectoryName(Absolute(from)));
+  if (!node) {
+    return ERROR_FILE_NOT_FOUND;
+  }
+  if (node->locked || node->readers + node->writers > 0) {
+    return ERROR_SHARING_VIOLATION;
+  }
+  if (old && !replace) {
+    return ERROR_ALREADY_EXISTS;
+  }
+  // Whoever has the old file open keeps it, and no text says that it is only for a while.
+  if (directory->readOnly || (old && (old->directory || old->readOnly || old->locked ||
+                                      old->readers + old->writers > 0))) {
+    return ERROR_ACCESS_DENIED;
+  }
+  std::erase(nodes_, old);
+  node->path = Absolute(Units(to));
+  return 0;
+}
+
 std::vector<std::shared_ptr<FileNode>> Files::Match(const std::wstring& pattern) const {
   const MachineLock lock = core_.Lock();
   const std::wstring full = Absolute(pattern);

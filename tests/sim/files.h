@@ -59,6 +59,8 @@ class Files {
   std::shared_ptr<FileNode> Find(const std::wstring& path) const;
   // Win32 codes; 0 for success.
   std::uint32_t Delete(const std::wstring& path);
+  // Under another name in the same directory.
+  std::uint32_t Rename(const std::wstring& from, const std::wstring& to, bool replace);
   std::vector<std::shared_ptr<FileNode>> Match(const std::wstring& pattern) const;
   // errno codes; 0 for success. Makes the file when it is missing and `create` is set.
   int Open(const std::wstring& path, bool create, std::shared_ptr<FileNode>* node);

@@ -94,6 +94,15 @@ BOOL DeleteFileW(LPCWSTR name) {
   return error == 0 ? TRUE : call.Fail(FALSE, error);
 }
 
+BOOL MoveFileExW(LPCWSTR from, LPCWSTR to, DWORD flags) {
+  Call call("MoveFileExW", {from, to, flags});
+  if (call.failed()) {
+    return call.Fail(FALSE);
+  }
+  const DWORD error = call->files.Rename(from, to, (flags & MOVEFILE_REPLACE_EXISTING) != 0);
+  return error == 0 ? TRUE : call.Fail(FALSE, error);
+}
+
 DWORD GetFileAttributesW(LPCWSTR name) {
   Call call("GetFileAttributesW", {name});
   if (call.failed()) {
