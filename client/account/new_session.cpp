@@ -2,20 +2,22 @@
 
 #include <windows.h>
 
+#include <utility>
+
 #include "src/account/credential.h"
 #include "src/account/local_account.h"
 
 namespace vpn {
 
-NewSession::NewSession(const Backend& backend)
-    : place_(backend.sessionPath()), path_(place_ + L".new") {}
+NewSession::NewSession(std::wstring path, std::wstring place)
+    : path_(std::move(path)), place_(std::move(place)) {}
 
 NewSession::~NewSession() {
   (void)DeleteFileW(path_.c_str());  // after it has taken the place there is none
 }
 
-Status NewSession::tryWriting(const Backend& backend) const {
-  return backend.isPanel() ? SaveCredential(path_, L"", L"") : WriteTextFile(path_, "");
+Status NewSession::tryWriting(bool isPanel) const {
+  return isPanel ? SaveCredential(path_, {}, {}) : WriteTextFile(path_, "");
 }
 
 bool NewSession::takePlace() const {

@@ -4,29 +4,29 @@
 
 #include <string>
 
-#include "client/account/backend.h"
+#include "src/common/status.h"
 
 namespace vpn {
 
+inline constexpr wchar_t kNewSessionEnding[] = L".new";
+
 class NewSession {
  public:
-  explicit NewSession(const Backend& backend);
+  NewSession(std::wstring path, std::wstring place);
   // Nothing is left over.
   ~NewSession();
   NewSession(const NewSession&) = delete;
   NewSession& operator=(const NewSession&) = delete;
 
-  const std::wstring& path() const { return path_; }
-
   // Whether this user may write there, tried out; a failure has the text of the backend's own.
-  Status tryWriting(const Backend& backend) const;
+  Status tryWriting(bool isPanel) const;
 
   // In one step; the old file stands when it fails. The service may have it open for a moment.
   bool takePlace() const;
 
  private:
-  std::wstring place_;
   std::wstring path_;
+  std::wstring place_;
 };
 
 }  // namespace vpn

@@ -25,21 +25,19 @@ const PlanOption* FindPlan(const std::vector<PlanOption>& plans, const std::wstr
   return found == plans.end() ? nullptr : &*found;
 }
 
-Json PlanJson(const PlanOption& plan) {
-  Json object;
-  object["plan"] = plan.planId;
-  object["name"] = JsonValue(plan.name);
-  object["period"] = JsonValue(plan.period);
-  object["periodLabel"] = JsonValue(plan.periodLabel);
-  object["duration"] = JsonValue(plan.durationLabel);
-  object["days"] = plan.days;
-  object["price"] = JsonValue(plan.priceText);
-  object["priceCents"] = plan.priceCents;
-  object["dailyPrice"] = JsonValue(plan.dailyPrice);
-  object["traffic"] = JsonValue(plan.trafficText);
-  object["deviceLimit"] = plan.deviceLimit;
-  object["tag"] = JsonValue(plan.tag);
-  return object;
+void PutPlan(Json& object, const PlanOption& plan) {
+  PutNumber(object, "plan", plan.planId);
+  PutText(object, "name", plan.name);
+  PutText(object, "period", plan.period);
+  PutText(object, "periodLabel", plan.periodLabel);
+  PutText(object, "duration", plan.durationLabel);
+  PutNumber(object, "days", plan.days);
+  PutText(object, "price", plan.priceText);
+  PutNumber(object, "priceCents", plan.priceCents);
+  PutText(object, "dailyPrice", plan.dailyPrice);
+  PutText(object, "traffic", plan.trafficText);
+  PutNumber(object, "deviceLimit", plan.deviceLimit);
+  PutText(object, "tag", plan.tag);
 }
 
 bool FetchOpenOrders(const Backend& backend, std::vector<OpenOrder>& orders) {
@@ -58,11 +56,12 @@ bool FetchOpenOrders(const Backend& backend, std::vector<OpenOrder>& orders) {
   return true;
 }
 
-Complaint FetchOrderState(const Backend& backend, const std::wstring& tradeNo, OrderState& state) {
+Complaint FetchOrderState(const Backend& backend, ControlPlane& plane, const std::wstring& tradeNo,
+                          OrderState& state) {
   state = OrderState::kOpen;
   bool isPaid = false;
   std::wstring error;
-  if (!MakeControlPlane(backend, backend.sessionPath())->checkOrderPaid(tradeNo, isPaid, error)) {
+  if (!plane.checkOrderPaid(tradeNo, isPaid, error)) {
     return {error, WhatToDo(error)};
   }
   if (isPaid) {

@@ -15,7 +15,7 @@ namespace vpn {
 const PlanOption* FindPlan(const std::vector<PlanOption>& plans, const std::wstring& plan,
                            const std::wstring& period);
 
-Json PlanJson(const PlanOption& plan);
+void PutPlan(Json& object, const PlanOption& plan);
 
 struct OpenOrder {
   std::wstring tradeNo;
@@ -31,7 +31,8 @@ enum class OrderState { kOpen, kPaid, kCancelled };
 
 // As the interface has it, and what it does not tell of an unpaid order: that it is cancelled, or
 // that the answer is no panel's.
-Complaint FetchOrderState(const Backend& backend, const std::wstring& tradeNo, OrderState& state);
+Complaint FetchOrderState(const Backend& backend, ControlPlane& plane, const std::wstring& tradeNo,
+                          OrderState& state);
 
 }  // namespace vpn
 

@@ -1,8 +1,7 @@
-#include "client/commands/account_answer.h"
+#include "client/commands/account_run.h"
 #include "client/commands/asking.h"
 #include "client/commands/commands.h"
 #include "client/exit_codes.h"
-#include "client/service/presence.h"
 #include "client/text/amounts.h"
 #include "client/text/display_width.h"
 
@@ -32,45 +31,32 @@ void ShowAccount(const AccountSession& session, Output& out) {
   out.line(L"Nodes     " + std::to_wstring(session.nodes.size()));
 }
 
-// The account, and below it why it is of no use for a connect.
-int TellAccount(const AccountSession& session, const std::wstring& error, bool json,
-                Screen& screen) {
-  if (json) {
-    Json object = GoodJson();
-    object["ok"] = error.empty();
-    AddAccount(session, object);
-    if (!error.empty()) {
-      object["error"] = JsonValue(error);
-    }
-    screen.out.write(JsonText(object));
-  } else {
-    ShowAccount(session, screen.out);
-  }
-  if (error.empty()) {
-    return kExitDone;
-  }
-  TellRefusal(error, screen);
-  return kExitRefused;
-}
-
 }  // namespace
 
 int RunAccount(const CommandLine& line, Screen& screen) {
-  const Backend backend = FindBackend(FindServicePlace(line.runtimeDir).runtimeDir);
+  AccountRun run(line, screen);
   AccountSession session;
-  std::wstring error;
-  const bool isFetched = WhileAsking(screen, [&] {
-    return MakeControlPlane(backend, backend.sessionPath())->fetchAccount(session, error);
-  });
+  const bool isFetched = run.ask(
+      [&](ControlPlane& plane, std::wstring& error) { return plane.fetchAccount(session, error); });
   if (!isFetched && !session.loggedIn) {
-    return FailAccount(error, line.json, screen);
+    return run.fail();
   }
-  if (session.nodes.empty() || session.planName.empty()) {
-    if (const Complaint complaint = LookAtAccount(backend, backend.sessionPath())) {
-      return FailAccount(complaint, line.json, screen);
-    }
+  const bool isSuspicious = session.nodes.empty() || session.planName.empty();
+  if (isSuspicious && !run.look([&] { return LookAtAccount(run.backend, run.credentialPath); })) {
+    return run.fail();
   }
-  return TellAccount(session, isFetched ? L"" : error, line.json, screen);
+  if (!line.json) {
+    ShowAccount(session, screen.out);
+  }
+  Json answer = NewJson();
+  PutFlag(answer, "ok", isFetched);
+  PutAccount(answer, session);
+  if (!isFetched) {
+    PutText(answer, "error", run.error);
+    TellRefusal(run.error, screen);  // why it is of no use for a connect
+  }
+  (void)run.done(answer);
+  return isFetched ? kExitDone : kExitRefused;
 }
 
 }  // namespace vpn

@@ -1,26 +1,12 @@
-#include "client/commands/account_answer.h"
+#include "client/commands/account_run.h"
 #include "client/commands/commands.h"
-#include "client/exit_codes.h"
-#include "client/service/presence.h"
 #include "client/text/amounts.h"
 #include "client/text/display_width.h"
 
 namespace vpn {
 namespace {
 
-// The panel's statistics: users, commission, commission that is not confirmed yet, its rate.
-Json InviteJson(const InviteInfo& info) {
-  Json object = GoodJson();
-  object["code"] = JsonValue(info.code);
-  object["link"] = JsonValue(info.link);
-  object["users"] = info.stat0;
-  object["commissionCents"] = info.stat1;
-  object["pendingCents"] = info.stat2;
-  object["ratePercent"] = info.stat3;
-  object["balanceCents"] = info.balance;
-  return object;
-}
-
+// The panel's statistics are users, commission, commission that is not confirmed yet, and its rate.
 void ShowInvite(const InviteInfo& info, Output& out) {
   out.line(L"Code         " + PlainLine(info.code));
   out.line(L"Link         " + PlainLine(info.link));
@@ -33,20 +19,25 @@ void ShowInvite(const InviteInfo& info, Output& out) {
 }  // namespace
 
 int RunInvite(const CommandLine& line, Screen& screen) {
-  const Backend backend = FindBackend(FindServicePlace(line.runtimeDir).runtimeDir);
+  AccountRun run(line, screen);
   InviteInfo info;
-  std::wstring error;
-  if (!WhileAsking(screen, [&] {
-        return MakeControlPlane(backend, backend.sessionPath())->fetchInvite(info, error);
+  if (!run.ask([&](ControlPlane& plane, std::wstring& error) {
+        return plane.fetchInvite(info, error);
       })) {
-    return FailAccount(error, line.json, screen);
+    return run.fail();
   }
-  if (line.json) {
-    screen.out.write(JsonText(InviteJson(info)));
-  } else {
+  if (!line.json) {
     ShowInvite(info, screen.out);
   }
-  return kExitDone;
+  Json answer = GoodJson();
+  PutText(answer, "code", info.code);
+  PutText(answer, "link", info.link);
+  PutNumber(answer, "users", info.stat0);
+  PutNumber(answer, "commissionCents", info.stat1);
+  PutNumber(answer, "pendingCents", info.stat2);
+  PutNumber(answer, "ratePercent", info.stat3);
+  PutNumber(answer, "balanceCents", info.balance);
+  return run.done(answer);
 }
 
 }  // namespace vpn

@@ -1,11 +1,10 @@
 #include <windows.h>
 
 #include "client/account/shop.h"
-#include "client/commands/account_answer.h"
-#include "client/commands/asking.h"
+#include "client/commands/account_run.h"
 #include "client/commands/commands.h"
+#include "client/console/interrupt.h"
 #include "client/exit_codes.h"
-#include "client/service/presence.h"
 #include "client/text/amounts.h"
 
 namespace vpn {
@@ -28,55 +27,58 @@ void CountDown(std::uint64_t deadline, const InterruptWatch& interrupt, MovingLi
 }
 
 // Asks until the order is paid or cancelled, the panel fails, or the time is over.
-Complaint AwaitPayment(const Backend& backend, const std::wstring& tradeNo,
-                       const InterruptWatch& interrupt, Screen& screen, OrderState& state) {
-  MovingLine moving(screen.err);
+Complaint AwaitPayment(AccountRun& run, const InterruptWatch& interrupt, OrderState& state) {
+  Output& err = run.screen.err;
+  MovingLine moving(err);
   const std::uint64_t deadline = GetTickCount64() + kLongestWait;
-  Complaint complaint = FetchOrderState(backend, tradeNo, state);
-  if (!screen.err.isLively() && !complaint && state == OrderState::kOpen) {
-    screen.err.line(L"Not paid yet; waiting for 15 minutes at most.");
+  const auto ask = [&] {
+    return FetchOrderState(run.backend, *run.plane, run.line.tradeNo, state);
+  };
+  Complaint complaint = ask();
+  if (!err.isLively() && !complaint && state == OrderState::kOpen) {
+    err.line(L"Not paid yet; waiting for 15 minutes at most.");
   }
   while (!complaint && state == OrderState::kOpen && GetTickCount64() < deadline) {
     CountDown(deadline, interrupt, moving);
     if (interrupt.wasInterrupted()) {
       break;
     }
-    complaint = FetchOrderState(backend, tradeNo, state);
+    complaint = ask();
   }
   return complaint;
 }
 
-int TellState(OrderState state, const CommandLine& line, Screen& screen) {
+int TellState(AccountRun& run, OrderState state) {
   const bool isPaid = state == OrderState::kPaid;
   const bool isCancelled = state == OrderState::kCancelled;
-  if (line.json) {
-    Json object = GoodJson();
-    object["tradeNo"] = JsonValue(line.tradeNo);
-    object["paid"] = isPaid;
-    object["cancelled"] = isCancelled;
-    screen.out.write(JsonText(object));
-  } else {
-    screen.out.line(isPaid        ? L"The order is paid."
-                    : isCancelled ? L"The order is cancelled."
-                                  : L"The order is not paid yet.");
+  if (!run.line.json) {
+    run.screen.out.line(isPaid        ? L"The order is paid."
+                        : isCancelled ? L"The order is cancelled."
+                                      : L"The order is not paid yet.");
   }
+  Json answer = GoodJson();
+  PutText(answer, "tradeNo", run.line.tradeNo);
+  PutFlag(answer, "paid", isPaid);
+  PutFlag(answer, "cancelled", isCancelled);
+  (void)run.done(answer);
   return isPaid ? kExitDone : kExitRefused;
 }
 
 }  // namespace
 
 int RunOrder(const CommandLine& line, Screen& screen) {
-  const Backend backend = FindBackend(FindServicePlace(line.runtimeDir).runtimeDir);
+  AccountRun run(line, screen);
   const InterruptWatch interrupt;
   OrderState state = OrderState::kOpen;
-  const Complaint complaint =
-      line.wait
-          ? AwaitPayment(backend, line.tradeNo, interrupt, screen, state)
-          : WhileAsking(screen, [&] { return FetchOrderState(backend, line.tradeNo, state); });
-  if (interrupt.wasInterrupted()) {
-    return TellInterrupted(screen);
+  if (line.wait) {
+    run.complaint = AwaitPayment(run, interrupt, state);
+  } else {
+    (void)run.look([&] { return FetchOrderState(run.backend, *run.plane, line.tradeNo, state); });
   }
-  return complaint ? FailAccount(complaint, line.json, screen) : TellState(state, line, screen);
+  if (interrupt.wasInterrupted()) {
+    return run.interrupted();
+  }
+  return run.complaint ? run.fail() : TellState(run, state);
 }
 
 }  // namespace vpn

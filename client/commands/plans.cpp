@@ -1,8 +1,6 @@
 #include "client/account/shop.h"
-#include "client/commands/account_answer.h"
+#include "client/commands/account_run.h"
 #include "client/commands/commands.h"
-#include "client/exit_codes.h"
-#include "client/service/presence.h"
 #include "client/text/display_width.h"
 #include "client/text/table.h"
 
@@ -32,25 +30,22 @@ void ShowPlans(const std::vector<PlanOption>& plans, Output& out) {
 }  // namespace
 
 int RunPlans(const CommandLine& line, Screen& screen) {
-  const Backend backend = FindBackend(FindServicePlace(line.runtimeDir).runtimeDir);
+  AccountRun run(line, screen);
   std::vector<PlanOption> plans;
-  std::wstring error;
-  if (!WhileAsking(screen, [&] {
-        return MakeControlPlane(backend, backend.sessionPath())->fetchPlans(plans, error);
+  if (!run.ask([&](ControlPlane& plane, std::wstring& error) {
+        return plane.fetchPlans(plans, error);
       })) {
-    return FailAccount(error, line.json, screen);
+    return run.fail();
   }
-  if (line.json) {
-    Json object = GoodJson();
-    object["plans"] = Json::array();
-    for (const PlanOption& plan : plans) {
-      object["plans"].push_back(PlanJson(plan));
-    }
-    screen.out.write(JsonText(object));
-  } else {
+  if (!line.json) {
     ShowPlans(plans, screen.out);
   }
-  return kExitDone;
+  Json answer = GoodJson();
+  Json& list = PutList(answer, "plans");
+  for (const PlanOption& plan : plans) {
+    PutPlan(AppendObject(list), plan);
+  }
+  return run.done(answer);
 }
 
 }  // namespace vpn

@@ -1,7 +1,5 @@
-#include "client/commands/account_answer.h"
+#include "client/commands/account_run.h"
 #include "client/commands/commands.h"
-#include "client/exit_codes.h"
-#include "client/service/presence.h"
 #include "client/text/amounts.h"
 #include "client/text/display_width.h"
 #include "client/text/table.h"
@@ -10,73 +8,59 @@
 namespace vpn {
 namespace {
 
-struct Referrals {
-  std::vector<ReferralRow> rows;
-  std::int32_t total = 0;
-};
+void ShowReferrals(const std::vector<ReferralRow>& rows, Output& out) {
+  Table table({{L"Who"}, {L"Since"}, {L"Paid"}, {L"Commission", Table::Align::kRight}});
+  for (const ReferralRow& row : rows) {
+    table.addRow({PlainLine(row.emailMask), DateText(row.createdAt), row.paid ? L"yes" : L"no",
+                  MoneyText(row.commission)});
+  }
+  for (const std::wstring& text : table.lines()) {
+    out.line(text);
+  }
+}
 
-Json ReferralsJson(const Referrals& referrals) {
+Json ReferralsJson(const std::vector<ReferralRow>& rows, std::int32_t total) {
   Json object = GoodJson();
-  object["total"] = referrals.total;
-  object["referrals"] = Json::array();
-  for (const ReferralRow& row : referrals.rows) {
-    Json entry;
-    entry["email"] = JsonValue(row.emailMask);
-    entry["created"] = row.createdAt;
-    entry["paid"] = row.paid;
-    entry["commissionCents"] = row.commission;
-    object["referrals"].push_back(std::move(entry));
+  PutNumber(object, "total", total);
+  Json& list = PutList(object, "referrals");
+  for (const ReferralRow& row : rows) {
+    Json& entry = AppendObject(list);
+    PutText(entry, "email", row.emailMask);
+    PutNumber(entry, "created", row.createdAt);
+    PutFlag(entry, "paid", row.paid);
+    PutNumber(entry, "commissionCents", row.commission);
   }
   return object;
 }
 
-void ShowReferrals(const Referrals& referrals, std::uint32_t page, Output& out) {
-  if (!referrals.rows.empty()) {
-    Table table({{L"Who"}, {L"Since"}, {L"Paid"}, {L"Commission", Table::Align::kRight}});
-    for (const ReferralRow& row : referrals.rows) {
-      table.addRow({PlainLine(row.emailMask), DateText(row.createdAt), row.paid ? L"yes" : L"no",
-                    MoneyText(row.commission)});
-    }
-    for (const std::wstring& text : table.lines()) {
-      out.line(text);
-    }
-  }
-  out.line(L"Page " + std::to_wstring(page) + L", " + std::to_wstring(referrals.total) +
-           L" in all.");
-}
-
 // A list without a row may be no list at all.
-Complaint LookAtReferrals(const Backend& backend) {
-  return JudgeReply(backend,
-                    MakePanelClient(backend, backend.sessionPath())
-                        .get(L"/api/v1/user/tvn_invite/referrals?page=1"),
-                    "total");
+Complaint LookAtReferrals(const AccountRun& run) {
+  const PanelClient panel = MakePanelClient(run.backend, run.credentialPath);
+  return JudgeReply(run.backend, panel.get(L"/api/v1/user/tvn_invite/referrals?page=1"), "total");
 }
 
 }  // namespace
 
 int RunReferrals(const CommandLine& line, Screen& screen) {
-  const Backend backend = FindBackend(FindServicePlace(line.runtimeDir).runtimeDir);
-  Referrals referrals;
-  std::wstring error;
-  if (!WhileAsking(screen, [&] {
-        return MakeControlPlane(backend, backend.sessionPath())
-            ->fetchReferrals(static_cast<std::int32_t>(line.page), referrals.rows, referrals.total,
-                             error);
+  AccountRun run(line, screen);
+  std::vector<ReferralRow> rows;
+  std::int32_t total = 0;
+  if (!run.ask([&](ControlPlane& plane, std::wstring& error) {
+        return plane.fetchReferrals(static_cast<std::int32_t>(line.page), rows, total, error);
       })) {
-    return FailAccount(error, line.json, screen);
+    return run.fail();
   }
-  if (referrals.rows.empty()) {
-    if (const Complaint complaint = LookAtReferrals(backend)) {
-      return FailAccount(complaint, line.json, screen);
+  if (rows.empty() && !run.look([&] { return LookAtReferrals(run); })) {
+    return run.fail();
+  }
+  if (!line.json) {
+    if (!rows.empty()) {
+      ShowReferrals(rows, screen.out);
     }
+    screen.out.line(L"Page " + std::to_wstring(line.page) + L", " + std::to_wstring(total) +
+                    L" in all.");
   }
-  if (line.json) {
-    screen.out.write(JsonText(ReferralsJson(referrals)));
-  } else {
-    ShowReferrals(referrals, line.page, screen.out);
-  }
-  return kExitDone;
+  return run.done(ReferralsJson(rows, total));
 }
 
 }  // namespace vpn

@@ -13,13 +13,13 @@ bool GiveWhatIsWanted(const CommandLine& line, SigningIn& signIn) {
     return false;
   }
   if (wanted.recaptcha) {
-    return signIn.fail({L"The panel wants a captcha, which only its own page can show.",
-                        L"register on the panel's web page, then run tavrinctl login"});
+    return signIn.over(
+        signIn.account().fail(L"The panel wants a captcha, which only its own page can show",
+                              L"register on the panel's web page, then run tavrinctl login"));
   }
-  if ((wanted.inviteForce || !line.inviteCode.empty()) && !signIn.askInviteCode()) {
-    return false;
-  }
-  if (!signIn.askPassword(true)) {
+  signIn.inviteCode = line.inviteCode;
+  const bool isInvited = !wanted.inviteForce || !line.inviteCode.empty() || signIn.askInviteCode();
+  if (!isInvited || !signIn.askPassword(true)) {
     return false;
   }
   return !wanted.emailVerify || (signIn.run([&](ControlPlane& plane, std::wstring& error) {
@@ -34,8 +34,8 @@ int RunRegister(const CommandLine& line, Screen& screen) {
   const bool isRegistered =
       signIn.begin() && GiveWhatIsWanted(line, signIn) &&
       signIn.run([&](ControlPlane& plane, std::wstring& error) {
-        return plane.registerAccount(line.email, signIn.password(), signIn.inviteCode(),
-                                     signIn.mailCode(), error);
+        return plane.registerAccount(line.email, signIn.password, signIn.inviteCode,
+                                     signIn.mailCode, error);
       });
   return isRegistered ? signIn.prove() : signIn.exitCode;
 }

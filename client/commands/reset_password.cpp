@@ -11,7 +11,7 @@ int RunResetPassword(const CommandLine& line, Screen& screen) {
       }) &&
       signIn.askPassword(true) && signIn.askMailCode() &&
       signIn.run([&](ControlPlane& plane, std::wstring& error) {
-        return plane.resetPassword(line.email, signIn.mailCode(), signIn.password(), error);
+        return plane.resetPassword(line.email, signIn.mailCode, signIn.password, error);
       });
   return isReset ? signIn.prove() : signIn.exitCode;
 }

@@ -4,16 +4,17 @@
 
 #include "client/commands/asking.h"
 #include "client/exit_codes.h"
-#include "client/service/presence.h"
 #include "client/text/display_width.h"
 
 namespace vpn {
 namespace {
 
-constexpr wchar_t kNotReplaced[] = L"session.json can't be replaced.";
-
 bool IsControl(wchar_t unit) {
   return unit < L' ' || unit == 0x7F;
+}
+
+bool HasControl(const std::wstring& text) {
+  return std::any_of(text.begin(), text.end(), IsControl);
 }
 
 // One sign in the middle, and nothing that would break the file of the session.
@@ -21,131 +22,108 @@ bool LooksLikeEmail(const std::wstring& text) {
   const size_t sign = text.find(L'@');
   return sign != std::wstring::npos && sign > 0 && sign + 1 < text.size() &&
          text.find(L'@', sign + 1) == std::wstring::npos &&
-         std::none_of(text.begin(), text.end(), [](wchar_t unit) {
-           return unit == L' ' || unit == L'"' || unit == L'\\' || IsControl(unit);
-         });
+         text.find_first_of(L" \"\\") == std::wstring::npos && !HasControl(text);
 }
 
 }  // namespace
 
 SigningIn::SigningIn(const CommandLine& line, Screen& screen)
-    : line_(line),
-      screen_(screen),
-      backend_(FindBackend(FindServicePlace(line.runtimeDir).runtimeDir)),
-      session_(backend_),
-      plane_(MakeControlPlane(backend_, session_.path())) {}
+    : run_(line, screen, kNewSessionEnding),
+      session_(run_.credentialPath, run_.backend.sessionPath()) {}
 
 bool SigningIn::begin() {
-  if (backend_.isPanel() && !LooksLikeEmail(line_.email)) {
-    return wrongUse(L"\"" + line_.email + L"\" is no e-mail address");
+  const std::wstring& email = run_.line.email;
+  if (run_.backend.isPanel() && !LooksLikeEmail(email)) {
+    return wrongUse(L"\"" + email + L"\" is no e-mail address");
   }
-  const Status written = session_.tryWriting(backend_);
-  return written || fail({written.text(), ElevationAdvice(backend_.runtimeDir)});
+  const Status written = session_.tryWriting(run_.backend.isPanel());
+  return written || over(run_.failWriting(written.text()));
 }
 
-bool SigningIn::ask(const std::wstring& question, Echo echo, std::wstring& text) {
-  if (!line_.passwordStdin && !HasKeyboard()) {
+bool SigningIn::answer(const wchar_t* question, Echo echo, std::wstring& text) {
+  const bool isPrepared = run_.line.passwordStdin;
+  if (!isPrepared && !HasKeyboard()) {
     return wrongUse(
         L"there is no console to ask for the password; give it on the standard input with "
         L"--password-stdin");
   }
-  Answer answer =
-      line_.passwordStdin ? ReadInputLine() : AskPerson(question, echo, interrupt_, screen_.err);
-  if (answer.kind == Answer::Kind::kInterrupted) {
-    exitCode = TellInterrupted(screen_);
-    return false;
+  Answer given =
+      isPrepared ? ReadInputLine() : AskPerson(question, echo, interrupt_, run_.screen.err);
+  if (given.kind == Answer::Kind::kInterrupted) {
+    return over(run_.interrupted());
   }
-  text = std::move(answer.text);
-  return answer.kind == Answer::Kind::kLine || wrongUse(L"the input ended before: " + question);
-}
-
-bool SigningIn::checkPassword(bool isNew) {
-  if (password_.empty()) {
-    return wrongUse(L"the password is empty");
-  }
-  // Panels drop a request whose text holds one.
-  if (isNew && std::any_of(password_.begin(), password_.end(), IsControl)) {
-    return wrongUse(L"the password holds a control character, which panels do not take");
-  }
-  return true;
+  text = std::move(given.text);
+  return given.kind == Answer::Kind::kLine ||
+         wrongUse(L"the input ended before the answer to: " + std::wstring(question));
 }
 
 bool SigningIn::askPassword(bool isNew) {
-  if (!ask(isNew ? L"New password: " : L"Password: ", Echo::kHidden, password_) ||
-      !checkPassword(isNew)) {
+  if (!answer(isNew ? L"New password: " : L"Password: ", Echo::kHidden, password)) {
     return false;
   }
-  if (!isNew || line_.passwordStdin) {
+  if (password.empty()) {
+    return wrongUse(L"the password is empty");
+  }
+  if (!isNew) {
     return true;
   }
-  std::wstring again;
-  if (!ask(L"The same again: ", Echo::kHidden, again)) {
+  if (HasControl(password)) {  // panels drop a request whose text holds one
+    return wrongUse(L"the password holds a control character, which panels do not take");
+  }
+  std::wstring again = password;
+  if (!run_.line.passwordStdin && !answer(L"The same again: ", Echo::kHidden, again)) {
     return false;
   }
-  return again == password_ || wrongUse(L"the two passwords differ");
+  return again == password || wrongUse(L"the two passwords differ");
 }
 
 bool SigningIn::askMailCode() {
-  screen_.err.line(L"A code has been mailed to " + PlainLine(line_.email) + L".");
-  return ask(L"Code from the mail: ", Echo::kShown, mailCode_);
+  run_.screen.err.line(L"A code has been mailed to " + PlainLine(run_.line.email) + L".");
+  return answer(L"Code from the mail: ", Echo::kShown, mailCode);
 }
 
 bool SigningIn::askInviteCode() {
-  inviteCode_ = line_.inviteCode;
-  if (!inviteCode_.empty()) {
-    return true;
-  }
-  if (line_.passwordStdin || !HasKeyboard()) {
+  if (run_.line.passwordStdin || !HasKeyboard()) {
     return wrongUse(L"the panel wants an invite code; give it with --invite CODE");
   }
-  return ask(L"Invite code: ", Echo::kShown, inviteCode_);
+  return answer(L"Invite code: ", Echo::kShown, inviteCode);
 }
 
 int SigningIn::prove() {
   AccountSession session;
-  std::wstring warning;
-  bool isFetched = false;
-  Complaint complaint = WhileAsking(screen_, [&] {
-    isFetched = MakeControlPlane(backend_, session_.path())->fetchAccount(session, warning);
-    return isFetched || session.loggedIn ? LookAtAccount(backend_, session_.path())
-                                         : Complaint{warning, WhatToDo(warning)};
+  run_.error.clear();
+  const bool isFetched = run_.ask([&](ControlPlane&, std::wstring& error) {
+    return MakeControlPlane(run_.backend, run_.credentialPath)->fetchAccount(session, error);
   });
-  if (complaint) {
-    (void)fail(complaint);
-    return exitCode;
+  const bool isProven = (isFetched || session.loggedIn) &&
+                        run_.look([&] { return LookAtAccount(run_.backend, run_.credentialPath); });
+  if (!isProven) {
+    return run_.fail();
   }
   if (interrupt_.wasInterrupted()) {
-    return TellInterrupted(screen_);
+    return run_.interrupted();
   }
   if (!session_.takePlace()) {
-    (void)fail({kNotReplaced, ElevationAdvice(backend_.runtimeDir)});
-    return exitCode;
+    return run_.failWriting(L"session.json can't be replaced");
   }
-  return tell(session, isFetched ? L"" : warning);
+  return tell(session, isFetched);
 }
 
-int SigningIn::tell(const AccountSession& session, const std::wstring& warning) {
-  if (line_.json) {
-    Json object = GoodJson();
-    AddAccount(session, object);
-    screen_.out.write(JsonText(object));
-  } else {
-    screen_.out.line(L"Signed in as " + PlainLine(session.email) + L". Plan: " + PlanText(session) +
-                     L".");
+int SigningIn::tell(const AccountSession& session, bool isFetched) {
+  Json object = GoodJson();
+  PutAccount(object, session);
+  if (!run_.line.json) {
+    run_.screen.out.line(L"Signed in as " + PlainLine(session.email) + L". Plan: " +
+                         PlanText(session) + L".");
   }
-  if (!warning.empty()) {
-    TellRefusal(warning, screen_);
+  if (!isFetched) {
+    TellRefusal(run_.error, run_.screen);  // no reason against the session, but against a connect
   }
-  return kExitDone;
+  return run_.done(object);
 }
 
-bool SigningIn::fail(const Complaint& complaint) {
-  exitCode = FailAccount(complaint, line_.json, screen_);
-  return false;
-}
-
-bool SigningIn::wrongUse(const std::wstring& sentence) {
-  exitCode = WrongUse(sentence, screen_);
+bool SigningIn::over(int code) {
+  exitCode = code;
   return false;
 }
 

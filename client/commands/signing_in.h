@@ -2,16 +2,12 @@
 #ifndef TAVRIN_CLIENT_COMMANDS_SIGNING_IN_H_
 #define TAVRIN_CLIENT_COMMANDS_SIGNING_IN_H_
 
-#include <memory>
 #include <string>
 
 #include "client/account/new_session.h"
-#include "client/advice/advice.h"
-#include "client/cli/command_line.h"
-#include "client/commands/account_answer.h"
+#include "client/commands/account_run.h"
 #include "client/console/input.h"
 #include "client/console/interrupt.h"
-#include "client/console/output.h"
 
 namespace vpn {
 
@@ -28,41 +24,33 @@ class SigningIn {
   bool askMailCode();
   bool askInviteCode();
 
-  // An operation of the plane, with the text of its failure.
+  // An operation of the account's side.
   template <class Operation>
   bool run(Operation operation) {
-    std::wstring error;
-    const bool isDone = WhileAsking(screen_, [&] { return operation(*plane_, error); });
-    return isDone || fail({error, WhatToDo(error)});
+    return run_.ask(operation) || over(run_.fail());
   }
 
   // Behind the operation that signs in: fetches the account with the new session, which only then
   // takes the place of the old one. Gives the command's exit code.
   int prove();
 
-  bool fail(const Complaint& complaint);
-  bool wrongUse(const std::wstring& sentence);
+  // Keeps the exit code; always false.
+  bool over(int code);
+  AccountRun& account() { return run_; }
 
-  const std::wstring& password() const { return password_; }
-  const std::wstring& mailCode() const { return mailCode_; }
-  const std::wstring& inviteCode() const { return inviteCode_; }
-
+  std::wstring password;
+  std::wstring mailCode;
+  std::wstring inviteCode;
   int exitCode = 0;
 
  private:
-  bool ask(const std::wstring& question, Echo echo, std::wstring& text);
-  bool checkPassword(bool isNew);
-  int tell(const AccountSession& session, const std::wstring& warning);
+  bool answer(const wchar_t* question, Echo echo, std::wstring& text);
+  bool wrongUse(const std::wstring& sentence) { return over(run_.wrongUse(sentence)); }
+  int tell(const AccountSession& session, bool isFetched);
 
-  const CommandLine& line_;
-  Screen& screen_;
-  const Backend backend_;
+  AccountRun run_;
   const NewSession session_;
-  const std::unique_ptr<ControlPlane> plane_;
   const InterruptWatch interrupt_;
-  std::wstring password_;
-  std::wstring mailCode_;
-  std::wstring inviteCode_;
 };
 
 }  // namespace vpn

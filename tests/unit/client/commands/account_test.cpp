@@ -12,7 +12,7 @@ TEST_F(AccountTest, ShowsPlanTrafficAndDevices) {
   EXPECT_EQ(Run({L"account"}), 0);
   EXPECT_EQ(Out(),
             "Account   new@mail.example\n"
-            "Plan      标准版, until 2099-12-31\n"
+            "Plan      标准版, until 2099-12-30\n"
             "Traffic   █░░░░░░░░░░░░░░░░░░░  10.0 GB of 200.0 GB\n"
             "Devices   3 at most\n"
             "Nodes     1\n");
@@ -122,9 +122,9 @@ TEST_F(AccountTest, ALogoutThatMayNotDeleteTheFile) {
   EXPECT_EQ(Run({L"logout", L"--json"}), 1);
   EXPECT_EQ(Out(),
             "{\n  \"schema\": 1,\n  \"ok\": false,\n"
-            "  \"error\": \"session.json can't be deleted.\"\n}\n");
+            "  \"error\": \"session.json can't be deleted\"\n}\n");
   EXPECT_EQ(Err(),
-            "session.json can't be deleted.\n"
+            "session.json can't be deleted\n"
             "  What to do: run this from an elevated console: this user may not write to "
             "C:\\Program Files\\Tavrin\\runtime.\n");
   ExpectOldSession();

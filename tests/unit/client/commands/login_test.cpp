@@ -24,7 +24,7 @@ class LoginTest : public unit::PanelAccountTest {
 
 TEST_F(LoginTest, TheNewSessionTakesTheOldOnesPlaceBehindTheProof) {
   EXPECT_EQ(LogIn("secret\n"), 0);
-  EXPECT_EQ(Out(), "Signed in as new@mail.example. Plan: 标准版, until 2099-12-31.\n");
+  EXPECT_EQ(Out(), "Signed in as new@mail.example. Plan: 标准版, until 2099-12-30.\n");
   EXPECT_EQ(Err(), "");
   EXPECT_EQ(Session(), unit::kNewSession);
   EXPECT_FALSE(machine.files.Exists(std::wstring(unit::kRuntime) + L"\\session.json.new"));
@@ -43,7 +43,7 @@ TEST_F(LoginTest, AsJsonWithoutASecret) {
   "plan": {
     "id": 2,
     "name": "标准版",
-    "expires": "2099-12-31",
+    "expires": "2099-12-30",
     "expired": false
   },
   "traffic": {
@@ -100,7 +100,7 @@ TEST_F(LoginTest, WithoutAConsoleAndWithoutAPreparedPasswordItSaysSo) {
   EXPECT_EQ(LogIn(""), 3);
   EXPECT_EQ(LogIn("\n"), 3);
   EXPECT_TRUE(
-      Err().ends_with("tavrinctl: the input ended before: Password: \n"
+      Err().ends_with("tavrinctl: the input ended before the answer to: Password: \n"
                       "tavrinctl: the password is empty\n"));
   EXPECT_TRUE(machine.http.Requests().empty());
   ExpectOldSession();
@@ -200,7 +200,7 @@ TEST_F(LoginTest, AFileThatCantBeReplacedStays) {
   machine.files.SetReadOnly(std::wstring(unit::kRuntime) + L"\\session.json", true);
   EXPECT_EQ(LogIn("secret\n"), 1);
   EXPECT_EQ(Err(),
-            "session.json can't be replaced.\n"
+            "session.json can't be replaced\n"
             "  What to do: run this from an elevated console: this user may not write to "
             "C:\\Program Files\\Tavrin\\runtime.\n");
   ExpectOldSession();

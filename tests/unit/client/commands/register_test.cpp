@@ -82,7 +82,7 @@ TEST_F(RegisterTest, ACaptchaIsSaidBeforeAnyQuestion) {
   Wants(1, 1, 1);
   EXPECT_EQ(Run({L"register", kEmail}), 1);
   EXPECT_EQ(Err(),
-            "The panel wants a captcha, which only its own page can show.\n"
+            "The panel wants a captcha, which only its own page can show\n"
             "  What to do: register on the panel's web page, then run tavrinctl login.\n");
   EXPECT_EQ(machine.http.Requests().size(), 1u);
   ExpectOldSession();

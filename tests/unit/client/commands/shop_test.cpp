@@ -44,7 +44,7 @@ TEST_F(ShopTest, PlansAreATableWithTagsAndPrices) {
       "   1   体验版   month_price     1 个月     免费                10 GB         1\n"
       "   2   标准版   month_price     1 个月   ¥19.90   ¥0.66/天    200 GB         3   最受欢迎\n"
       "   2   标准版   quarter_price   3 个月   ¥55.00   ¥0.61/天    200 GB         3   超值套餐\n"
-      "   3   流量包   onetime_price   一次性   ¥99.00              500 GB         –\n");
+      "   3   流量包   onetime_price   一次性   ¥99.00               500 GB         –\n");
 }
 
 TEST_F(ShopTest, APurchaseByAScript) {
@@ -143,9 +143,9 @@ TEST_F(ShopTest, WhatIsNotForSale) {
   EXPECT_EQ(Run({L"buy", L"2", L"year_price", L"--yes"}), 1);
   EXPECT_EQ(Run({L"buy", L"9", L"month_price", L"--yes"}), 1);
   EXPECT_EQ(Err(),
-            "There is no plan 2 with the period year_price.\n"
+            "There is no plan 2 with the period year_price\n"
             "  What to do: choose a plan and a period that tavrinctl plans shows.\n"
-            "There is no plan 9 with the period month_price.\n"
+            "There is no plan 9 with the period month_price\n"
             "  What to do: choose a plan and a period that tavrinctl plans shows.\n");
   EXPECT_FALSE(WasOrdered());
 }
