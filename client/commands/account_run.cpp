@@ -10,8 +10,6 @@
 
 namespace vpn {
 
-AccountRun::AccountRun(const CommandLine& line, Screen& screen) : AccountRun(line, screen, L"") {}
-
 AccountRun::AccountRun(const CommandLine& theLine, Screen& theScreen, const wchar_t* ending)
     : line(theLine),
       screen(theScreen),

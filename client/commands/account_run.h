@@ -15,9 +15,8 @@ namespace vpn {
 
 class AccountRun {
  public:
-  AccountRun(const CommandLine& line, Screen& screen);
-  // With a credential file of its own, whose name has this ending.
-  AccountRun(const CommandLine& line, Screen& screen, const wchar_t* ending);
+  // The name of the credential file that it uses has this ending.
+  AccountRun(const CommandLine& theLine, Screen& theScreen, const wchar_t* ending = L"");
   ~AccountRun();
   AccountRun(const AccountRun&) = delete;
   AccountRun& operator=(const AccountRun&) = delete;
@@ -52,9 +51,6 @@ class AccountRun {
   int interrupted();
   // With `answer` for --json.
   int done(const Json& answer);
-
-  bool wantsJson() const { return line.json; }
-  Output& out() { return screen.out; }
 
   const CommandLine& line;
   Screen& screen;

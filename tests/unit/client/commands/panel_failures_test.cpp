@@ -9,10 +9,8 @@ namespace vpn {
 namespace {
 
 constexpr char kHotel[] = "<!DOCTYPE html><title>Welcome</title>";
-constexpr char kFields[] = R"({"message":"邮箱不能为空 (and 1 more error)", "errors" : {
-  "email" : ["邮箱不能为空"]
-}
-})";
+constexpr char kFields[] =
+    R"json({"message":"邮箱不能为空 (and 1 more error)","errors":{"email":["邮箱不能为空"]}})json";
 
 constexpr char kOwn[] =
     "this is the panel's own text: do as it says, or ask whoever runs the panel";
@@ -108,34 +106,24 @@ std::string NameOf(const ::testing::TestParamInfo<FailureCase>& info) {
 }
 
 // Commands whose first question is one of a user who is signed in.
-constexpr FailureCase Plain(const char* command, const char* failure) {
-  const std::string_view name = failure;
-  if (name == "NoRoute")
-    return {command, failure, "连接面板超时。请检查网络，或稍后再试。", kNoRoute};
-  if (name == "Refused") {
-    return {command, failure, "无法连上面板服务器。", kRefused};
-  }
-  if (name == "Tls") {
-    return {command, failure, "面板安全连接失败（证书或加密通道）。", kClock};
-  }
-  if (name == "SignedOut") {
-    return {command, failure, "面板 HTTP 403", kSignIn};
-  }
-  if (name == "Fields") {
-    return {command, failure, "面板 HTTP 422", kNumber};
-  }
-  if (name == "TooMany") {
-    return {command, failure, "面板 HTTP 429", kNumber};
-  }
-  return {command, failure, "面板 HTTP 500", kNumber};
-}
+struct PlainFailure {
+  const char* failure;
+  const char* text;
+  const char* whatToDo;
+};
+constexpr PlainFailure kPlain[] = {{"NoRoute", "连接面板超时。请检查网络，或稍后再试。", kNoRoute},
+                                   {"Refused", "无法连上面板服务器。", kRefused},
+                                   {"Tls", "面板安全连接失败（证书或加密通道）。", kClock},
+                                   {"SignedOut", "面板 HTTP 403", kSignIn},
+                                   {"Fields", "面板 HTTP 422", kNumber},
+                                   {"TooMany", "面板 HTTP 429", kNumber},
+                                   {"Page500", "面板 HTTP 500", kNumber}};
 
 std::vector<FailureCase> PlainCases() {
   std::vector<FailureCase> cases;
   for (const char* command : {"account", "plans", "buy", "order", "invite", "referrals"}) {
-    for (const char* failure :
-         {"NoRoute", "Refused", "Tls", "SignedOut", "Fields", "TooMany", "Page500"}) {
-      cases.push_back(Plain(command, failure));
+    for (const PlainFailure& plain : kPlain) {
+      cases.push_back({command, plain.failure, plain.text, plain.whatToDo});
     }
   }
   return cases;
@@ -158,7 +146,7 @@ constexpr FailureCase kSigningIn[] = {
     {"register", "NoRoute", "连接面板超时。请检查网络，或稍后再试。（CFG 12002）", kNoRoute},
     {"register", "Refused", "无法连上面板服务器。（CFG 12029）", kRefused},
     {"register", "Tls", "面板安全连接失败（证书或加密通道）。（CFG 12175）", kClock},
-    {"register", "SignedOut", "面板 HTTP 403（CFG 403）", kSignIn},
+    {"register", "SignedOut", "面板 HTTP 403（CFG 403）", kNumber},
     {"register", "Fields", "面板 HTTP 422（CFG 422）", kNumber},
     {"register", "TooMany", "面板 HTTP 429（CFG 429）", kNumber},
     {"register", "Page500", "面板 HTTP 500（CFG 500）", kNumber},
