@@ -73,18 +73,22 @@ void ShowNodes(const std::vector<NodeInfo>& nodes, const std::vector<Latency>& l
 
 Json NodesObject(const std::vector<NodeInfo>& nodes, const std::vector<Latency>& latencies) {
   Json object = NewJson();
-  object["nodes"] = Json::array();
+  Json& list = PutList(object, "nodes");
   for (size_t at = 0; at < nodes.size(); ++at) {
-    Json entry;
-    entry["name"] = JsonValue(nodes[at].name);
-    entry["address"] = JsonValue(nodes[at].address);
-    entry["port"] = nodes[at].port;
-    if (!latencies.empty()) {
-      const bool hasTime = latencies[at].kind == Latency::Kind::kConnected;
-      entry["latency"] = hasTime ? Json(latencies[at].milliseconds) : Json(nullptr);
-      entry["remark"] = JsonValue(Remark(latencies[at]));
+    Json& entry = AppendObject(list);
+    PutText(entry, "name", nodes[at].name);
+    PutText(entry, "address", nodes[at].address);
+    PutNumber(entry, "port", nodes[at].port);
+    if (latencies.empty()) {
+      continue;
     }
-    object["nodes"].push_back(std::move(entry));
+    const Latency& latency = latencies[at];
+    if (latency.kind == Latency::Kind::kConnected) {
+      PutNumber(entry, "latency", static_cast<std::int64_t>(latency.milliseconds));
+    } else {
+      (void)PutObject(entry, "latency");  // null
+    }
+    PutText(entry, "remark", Remark(latency));
   }
   return object;
 }
@@ -100,8 +104,8 @@ int TellNoAccount(const std::wstring& error, const std::wstring& whatToDo, bool 
                   Screen& screen) {
   if (json) {
     Json object = NewJson();
-    object["nodes"] = Json::array();
-    object["error"] = JsonValue(error);
+    (void)PutList(object, "nodes");
+    PutText(object, "error", error);
     screen.out.write(JsonText(object));
   }
   TellRefusal(error, whatToDo, screen);
