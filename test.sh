@@ -74,7 +74,8 @@ in_lane() { tests/e2e/in_lane.sh build/windows/lanes "$@" build/windows; }
 
 if [ "$mode" = --all ]; then
   stage "More packages" scripts/install_packages.sh tmux chromium fonts-noto-cjk
-  stage "The client's documented outputs" in_lane scripts/check_client_docs.sh
+  stage "The client's documented outputs" in_lane tests/e2e/run_with_panel.sh \
+    build/windows/test_panel/test_panel scripts/check_client_docs.sh
   stage "The client's screen in a terminal" in_lane scripts/check_client_screen.sh
   stage "The client's page in a browser" in_lane scripts/check_client_page.sh
   stage "All fault scenes, the simulated soak" scripts/run_ctest.sh build/native native-long
