@@ -12,6 +12,7 @@ namespace {
 
 constexpr std::uint64_t kLongestWait = 15 * 60 * 1000;  // milliseconds
 constexpr std::uint64_t kBetweenQuestions = 3000;
+constexpr int kFailuresBorne = 3;  // in a row, once the panel has answered
 constexpr DWORD kStep = 100;
 
 // Counts down until the next question, with what is left of the whole wait.
@@ -26,7 +27,7 @@ void CountDown(std::uint64_t deadline, const InterruptWatch& interrupt, MovingLi
   }
 }
 
-// Asks until the order is paid or cancelled, the panel fails, or the time is over.
+// Asks until the order is paid or cancelled, the panel keeps failing, or the time is over.
 Complaint AwaitPayment(AccountRun& run, const InterruptWatch& interrupt, OrderState& state) {
   Output& err = run.screen.err;
   MovingLine moving(err);
@@ -38,12 +39,14 @@ Complaint AwaitPayment(AccountRun& run, const InterruptWatch& interrupt, OrderSt
   if (!err.isLively() && !complaint && state == OrderState::kOpen) {
     err.line(L"Not paid yet; waiting for 15 minutes at most.");
   }
-  while (!complaint && state == OrderState::kOpen && GetTickCount64() < deadline) {
+  int failures = complaint ? kFailuresBorne : 0;
+  while (failures < kFailuresBorne && state == OrderState::kOpen && GetTickCount64() < deadline) {
     CountDown(deadline, interrupt, moving);
     if (interrupt.wasInterrupted()) {
       break;
     }
     complaint = ask();
+    failures = complaint ? failures + 1 : 0;
   }
   return complaint;
 }

@@ -23,7 +23,16 @@ class PanelAccount : public PanelServiceTest {
     run.Say(input);
     EXPECT_EQ(run.ExitCode(), exitCode) << arguments << "\n" << run.Output() << run.Errors();
     errors = run.Errors();
+    ExpectNoSecret(run.Output() + errors);
     return run.Output();
+  }
+  // Nothing of anybody's that must stay in.
+  void ExpectNoSecret(const std::string& text) const {
+    for (const Json& user : panel.State()["users"]) {
+      std::vector<std::string> secrets = user.at("sessions");
+      for (const char* key : {"password", "token", "uuid"}) secrets.push_back(user.at(key));
+      for (const std::string& secret : secrets) EXPECT_EQ(text.find(secret), std::string::npos);
+    }
   }
   nlohmann::json RunJson(const std::string& arguments, DWORD exitCode,
                          const std::string& input = "") {

@@ -222,6 +222,23 @@ TEST_F(ShopTest, TheWaitCountsDownOnAConsole) {
   EXPECT_EQ(machine.console.terminal.Lines().at(0), "The order is paid.");
 }
 
+TEST_F(ShopTest, AWaitBearsAPanelThatFailsForAMoment) {
+  Get(kCheck, {.body = R"({"data":0})"});
+  machine.clock.After(5000, [&] { Get(kCheck, {.status = 502}); });
+  machine.clock.After(11'000, [&] { Get(kCheck, {.body = R"({"data":3})"}); });
+  EXPECT_EQ(Run({L"order", L"2026001", L"--wait"}), 0);
+  EXPECT_EQ(Out(), "The order is paid.\n");
+}
+
+TEST_F(ShopTest, AWaitEndsWithAPanelThatKeepsFailing) {
+  Get(kCheck, {.body = R"({"data":0})"});
+  machine.clock.After(5000, [&] { Get(kCheck, {.status = 502}); });
+  const std::uint64_t start = machine.clock.Now();
+  EXPECT_EQ(Run({L"order", L"2026001", L"--wait"}), 1);
+  EXPECT_EQ(machine.clock.Now() - start, 12'000u);
+  EXPECT_TRUE(Err().starts_with("Not paid yet; waiting for 15 minutes at most.\n面板 HTTP 502\n"));
+}
+
 TEST_F(ShopTest, AWaitEndsWithTheTime) {
   Get(kCheck, {.body = R"({"data":0})"});
   const std::uint64_t start = machine.clock.Now();
