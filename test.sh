@@ -111,7 +111,8 @@ if [ "$mode" = --all ]; then
   stage "More packages" scripts/install_packages.sh tmux chromium fonts-noto-cjk wixl msitools zip unzip \
     osslsigncode openssl
   stage "The installer, the zip and the signatures" tests/package/all.sh build/windows
-  stage "The client's documented outputs" in_lane scripts/check_client_docs.sh
+  stage "The client's documented outputs" in_lane tests/e2e/run_with_panel.sh \
+    build/windows/test_panel/test_panel scripts/check_client_docs.sh
   stage "The client's screen in a terminal" in_lane scripts/check_client_screen.sh
   stage "The client's page in a browser" in_lane scripts/check_client_page.sh
   stage "All fault scenes, the simulated soak" scripts/run_ctest.sh build/native native-long

@@ -16,6 +16,10 @@ end_sandbox() {
 }
 trap end_sandbox EXIT
 
+write_session() {
+  echo '{"email":"someone@mail.example","expireAt":"2999-12-31"}' >"$box/runtime/session.json"
+}
+
 lay_out() {
   mkdir -p "$box/runtime/xray" "$box/runtime/tun2socks" "$box/machine"
   cp "$build/TavrinService.exe" "$build/tavrinctl.exe" "$build/standins/iphlpapi.dll" \
@@ -39,7 +43,7 @@ lay_out() {
   "shortId": "0123abcd"
 }
 JSON
-  echo '{"email":"someone@mail.example","expireAt":"2999-12-31"}' >"$box/runtime/session.json"
+  write_session
   TAVRIN_TEST_MACHINE=$(windows_path "$box/machine")
   export TAVRIN_TEST_MACHINE
 }

@@ -20,6 +20,11 @@ struct Values {
   std::string text;
   std::string file;
   std::string shell;
+  std::string email;
+  std::string inviteCode;
+  std::string plan;
+  std::string period;
+  std::string tradeNo;
   bool version = false;
 };
 
@@ -39,7 +44,33 @@ void AddTrace(CLI::App& command, Values& values) {
   command.add_option("--html", values.file);
 }
 
+// False for a command that is none of the account's, or takes nothing of its own.
+bool AddAccountOptions(CLI::App& command, const std::string& name, Values& values) {
+  if (name == "login" || name == "register" || name == "reset-password") {
+    command.add_option("EMAIL", values.email)->required();
+    command.add_flag("--password-stdin", values.line.passwordStdin);
+    if (name == "register") {
+      command.add_option("--invite", values.inviteCode);
+    }
+  } else if (name == "buy") {
+    command.add_option("PLAN", values.plan)->required();
+    command.add_option("PERIOD", values.period)->required();
+    command.add_flag("--yes", values.line.yes);
+  } else if (name == "order") {
+    command.add_option("TRADE_NO", values.tradeNo)->required();
+    command.add_flag("--wait", values.line.wait);
+  } else if (name == "referrals") {
+    command.add_option("--page", values.line.page)->check(CLI::Range(1, 100000));
+  } else {
+    return false;
+  }
+  return true;
+}
+
 void AddOptions(CLI::App& command, const std::string& name, Values& values) {
+  if (AddAccountOptions(command, name, values)) {
+    return;
+  }
   if (name == "status") {
     AddStatus(command, values);
   } else if (name == "connect") {
@@ -113,6 +144,11 @@ ParsedLine Finish(const std::string& command, Values& values) {
   values.line.node = Utf8ToWide(values.node);
   values.line.text = Utf8ToWide(values.text);
   values.line.file = Utf8ToWide(values.file);
+  values.line.email = Utf8ToWide(values.email);
+  values.line.inviteCode = Utf8ToWide(values.inviteCode);
+  values.line.plan = Utf8ToWide(values.plan);
+  values.line.period = Utf8ToWide(values.period);
+  values.line.tradeNo = Utf8ToWide(values.tradeNo);
   return {ParsedLine::Kind::kRun, std::move(values.line), {}};
 }
 

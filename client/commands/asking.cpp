@@ -112,8 +112,12 @@ int FailWithoutReply(ExchangeEnd end, bool json, Screen& screen) {
 }
 
 void TellRefusal(const std::wstring& error, Screen& screen) {
+  TellRefusal(error, WhatToDo(error), screen);
+}
+
+void TellRefusal(const std::wstring& error, const std::wstring& whatToDo, Screen& screen) {
   screen.err.line(PlainLine(error));
-  screen.err.paragraph(L"  What to do: " + WhatToDo(error) + L".", 14);
+  screen.err.paragraph(L"  What to do: " + whatToDo + L".", 14);
 }
 
 }  // namespace vpn

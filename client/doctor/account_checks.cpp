@@ -1,6 +1,7 @@
 // The account and its panel.
 #include <windows.h>
 
+#include "client/account/backend.h"
 #include <optional>
 
 #include "client/account/masked.h"
@@ -22,11 +23,6 @@ constexpr std::int64_t kClockTolerance = 60;  // seconds
 
 std::wstring PanelFile(const Patient& patient) {
   return patient.place.runtimeDir + L"\\" + kPanelFile;
-}
-
-std::wstring PanelAddress(const Patient& patient) {
-  const std::wstring address = TrimEndSlashes(ReadPanelEndpoints(patient.place.runtimeDir).apiBase);
-  return address.empty() ? TrimEndSlashes(PanelUrlFromEnvironment()) : address;
 }
 
 // Nothing when the file may decide what it decides. The service goes on without one that it can't
@@ -97,7 +93,7 @@ Finding CheckPanel(const Patient& patient) {
   if (const auto wrong = WrongWithPanelFile(patient)) {
     return *wrong;
   }
-  const std::wstring address = PanelAddress(patient);
+  const std::wstring address = FindBackend(patient.place.runtimeDir).panel.apiBase;
   if (address.empty() && LookAtFile(PanelFile(patient), kMostSettings) != FileState::kMissing) {
     return Remark(
         PanelFile(patient) + L" names no apiBase, so the account is a file of this machine",

@@ -171,24 +171,24 @@ std::uint32_t Files::Delete(const std::wstring& path) {
 std::uint32_t Files::Move(const std::wstring& from, const std::wstring& to, bool replace) {
   const MachineLock lock = core_.Lock();
   const std::shared_ptr<FileNode> node = Find(from);
-  const std::shared_ptr<FileNode> directory = Find(DirectoryName(Absolute(to)));
+  const std::shared_ptr<FileNode> old = Find(to);
+  const std::shared_ptr<FileNode> directory = Find(DirectoryName(Absolute(Units(to))));
   if (!node || !directory) {
     return node ? ERROR_PATH_NOT_FOUND : ERROR_FILE_NOT_FOUND;
-  }
-  const std::shared_ptr<FileNode> other = Find(to);
-  if (other && !replace) {
-    return ERROR_ALREADY_EXISTS;
-  }
-  if (other && (other->directory || other->readOnly || other->locked)) {
-    return ERROR_ACCESS_DENIED;
   }
   if (node->locked || node->readers + node->writers > 0) {
     return ERROR_SHARING_VIOLATION;
   }
-  if (other) {
-    Remove(to);
+  if (old && !replace) {
+    return ERROR_ALREADY_EXISTS;
   }
-  node->path = Absolute(to);
+  // Whoever has the old file open keeps it, and no text says that it is only for a while.
+  if (directory->readOnly || (old && (old->directory || old->readOnly || old->locked ||
+                                      old->readers + old->writers > 0))) {
+    return ERROR_ACCESS_DENIED;
+  }
+  std::erase(nodes_, old);
+  node->path = Absolute(Units(to));
   return 0;
 }
 

@@ -13,7 +13,6 @@ using sim::kPending;
 
 namespace {
 
-constexpr char kDescriptor[] = "security descriptor";
 constexpr DWORD kUnknownRevision = 1305;
 constexpr DWORD kInvalidDescriptor = 1338;
 
@@ -78,7 +77,7 @@ sim::PipeSettings SettingsOf(const Call& call, LPCWSTR name,
   if (attributes != nullptr) {
     settings.attributesLength = attributes->nLength;
     settings.inherit = attributes->bInheritHandle != FALSE;
-    const auto text = call->resources.Find(attributes->lpSecurityDescriptor, kDescriptor);
+    const auto text = call->resources.Find(attributes->lpSecurityDescriptor, sim::kDescriptor);
     if (text) {
       settings.securityDescriptor = sim::Narrow(*std::static_pointer_cast<std::wstring>(text));
     }
@@ -106,7 +105,7 @@ BOOL ConvertStringSecurityDescriptorToSecurityDescriptorW(LPCWSTR text, DWORD re
   if (size != nullptr) {
     *size = static_cast<ULONG>(owner->size());
   }
-  call.Track(owner.get(), kDescriptor, owner);
+  call.Track(owner.get(), sim::kDescriptor, owner);
   return TRUE;
 }
 
@@ -126,7 +125,7 @@ DWORD GetNamedSecurityInfoW(LPCWSTR name, SE_OBJECT_TYPE type, DWORD information
   const auto owner = std::make_shared<std::wstring>(
       sim::Widen(node->accessList.empty() ? kProgramFiles : node->accessList));
   *descriptor = owner.get();
-  call.Track(owner.get(), kDescriptor, owner);
+  call.Track(owner.get(), sim::kDescriptor, owner);
   return 0;
 }
 
@@ -137,13 +136,13 @@ BOOL ConvertSecurityDescriptorToStringSecurityDescriptorW(PSECURITY_DESCRIPTOR d
   if (call.failed()) {
     return call.Fail(FALSE);
   }
-  const auto known = call->resources.Find(descriptor, kDescriptor);
+  const auto known = call->resources.Find(descriptor, sim::kDescriptor);
   if (!known) {
     return call.Fail(FALSE, ERROR_INVALID_PARAMETER);
   }
   const auto copy = std::make_shared<std::wstring>(*std::static_pointer_cast<std::wstring>(known));
   *text = copy->data();
-  call.Track(copy->data(), kDescriptor, copy);
+  call.Track(copy->data(), sim::kDescriptor, copy);
   return TRUE;
 }
 
@@ -152,7 +151,7 @@ HLOCAL LocalFree(HLOCAL memory) {
   if (call.failed()) {
     return call.Fail(memory);
   }
-  if (memory != nullptr && !call->resources.Release(memory, kDescriptor, call.name())) {
+  if (memory != nullptr && !call->resources.Release(memory, sim::kDescriptor, call.name())) {
     return call.Fail(memory, ERROR_INVALID_HANDLE);
   }
   return nullptr;
@@ -267,6 +266,12 @@ BOOL ReadFile(HANDLE file, LPVOID buffer, DWORD count, DWORD* read, OVERLAPPED* 
   *read = 0;
   if (call.failed()) {
     return call.Fail(FALSE);
+  }
+  if (file == sim::Console::InputHandle()) {
+    const std::string bytes = call->console.TakeInput(count);
+    *read = static_cast<DWORD>(bytes.size());
+    bytes.copy(static_cast<char*>(buffer), bytes.size());
+    return bytes.empty() ? call.Fail(FALSE, ERROR_BROKEN_PIPE) : TRUE;
   }
   if (const auto reader =
           std::dynamic_pointer_cast<sim::AnonymousReader>(call.Kernel<sim::Object>(file))) {

@@ -70,6 +70,7 @@ BOOL LockFileEx(HANDLE file, DWORD flags, DWORD reserved, DWORD countLow, DWORD 
 BOOL UnlockFileEx(HANDLE file, DWORD reserved, DWORD countLow, DWORD countHigh, OVERLAPPED* place);
 BOOL DeleteFileW(LPCWSTR name);
 #define MOVEFILE_REPLACE_EXISTING 0x00000001u
+#define MOVEFILE_WRITE_THROUGH 0x00000008u
 BOOL MoveFileExW(LPCWSTR from, LPCWSTR to, DWORD flags);
 DWORD GetFileAttributesW(LPCWSTR name);
 struct WIN32_FILE_ATTRIBUTE_DATA {
