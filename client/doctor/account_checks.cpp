@@ -1,9 +1,9 @@
 // The account and its panel.
 #include <windows.h>
 
-#include "client/account/backend.h"
 #include <optional>
 
+#include "client/account/backend.h"
 #include "client/account/masked.h"
 #include "client/account/node_lookup.h"
 #include "client/advice/advice.h"
