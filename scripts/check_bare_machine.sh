@@ -16,7 +16,12 @@ if [ -z "${TAVRIN_OWN_MOUNTS-}" ]; then
 fi
 [ $# -gt 0 ] || set -- ./run.sh ./test.sh
 box=$(mktemp -d)
-trap 'umount -R "$box"/*/{proc,dev,sys} 2>/dev/null; rm -rf --one-file-system "$box"' EXIT
+
+take_away() {
+  umount -R "$box"/*/{proc,dev,sys} 2>/dev/null || true  # not all of them are mounted
+  rm -rf --one-file-system "$box"
+}
+trap take_away EXIT
 
 make_bare() {
   local mirror
