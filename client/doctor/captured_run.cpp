@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cctype>
 
 #include "src/common/text.h"
 #include "src/common/unique_handle.h"
@@ -78,6 +79,12 @@ void ReadWhatIsThere(HANDLE pipe, std::string& output) {
   }
 }
 
+// "go1.26.8" is another program's; "v2.6.0" and "tun2socks-2.6.0" are not.
+bool IsPartOfName(const std::string& text, size_t at) {
+  return at > 0 && std::isalpha(static_cast<unsigned char>(text[at - 1])) != 0 &&
+         text[at - 1] != 'v';
+}
+
 }  // namespace
 
 CapturedRun RunCaptured(const std::wstring& commandLine, const std::wstring& directory, DWORD limit,
@@ -110,7 +117,7 @@ std::wstring VersionIn(const std::string& output) {
     const size_t end = std::min(output.find_first_not_of("0123456789.", at), output.size());
     std::string word = output.substr(at, end - at);
     word.erase(word.find_last_not_of('.') + 1);
-    if (std::count(word.begin(), word.end(), '.') >= 1) {
+    if (std::count(word.begin(), word.end(), '.') >= 1 && !IsPartOfName(output, at)) {
       return Utf8ToWide(word);
     }
     at = end;

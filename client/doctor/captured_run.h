@@ -23,8 +23,8 @@ CapturedRun RunCaptured(const std::wstring& commandLine, const std::wstring& dir
 
 inline constexpr size_t kMostInput = 64 << 10;
 
-// The first text of digits and dots that looks like a version, as "26.3.27"; empty when there is
-// none.
+// The first text of digits and dots that looks like a version, as "26.3.27", and is no part of
+// another name; empty when there is none.
 std::wstring VersionIn(const std::string& output);
 
 }  // namespace vpn

@@ -101,15 +101,19 @@ std::optional<Finding> AskVersion(const std::wstring& program, const wchar_t* op
   }
   version = VersionIn(run.output);
   if (version.empty()) {
-    return Problem(program + L" does not tell its version", kPutWorking);
+    return Remark(program + L" does not tell its version", L"put a released file there");
   }
   return std::nullopt;
 }
 
-// The last line of the output that holds anything.
+// The line that says why Xray does not start, else the last one that holds anything: what its log
+// says may come behind it.
 std::wstring LastWords(std::string output) {
   output.erase(output.find_last_not_of("\r\n ") + 1);
-  return PlainLine(Utf8ToWide(output.substr(output.rfind('\n') + 1)));  // npos + 1 is 0
+  const size_t failure = output.rfind("Failed to start:");
+  const size_t start =
+      failure == std::string::npos ? output.rfind('\n') + 1 : failure;  // npos + 1 is 0
+  return PlainLine(Utf8ToWide(output.substr(start, output.find_first_of("\r\n", start) - start)));
 }
 
 }  // namespace

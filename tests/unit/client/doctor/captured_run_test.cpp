@@ -76,6 +76,8 @@ TEST_F(CapturedRunTest, VersionsAreFoundInWhatProgramsSay) {
   EXPECT_EQ(VersionIn("Xray 26.3.27 (Xray, Penetrates Everything.) 1234 (go1.26)"), L"26.3.27");
   EXPECT_EQ(VersionIn("tun2socks-2.6.0\n"), L"2.6.0");
   EXPECT_EQ(VersionIn("build 7, version 1.2."), L"1.2");
+  EXPECT_EQ(VersionIn("v2.7.0"), L"2.7.0");
+  EXPECT_EQ(VersionIn("tun2socks-\nwindows/amd64, go1.26.8, \n"), L"");
   EXPECT_EQ(VersionIn("42"), L"");
   EXPECT_EQ(VersionIn(""), L"");
 }

@@ -48,12 +48,12 @@ TEST_F(ProgramChecksTest, AProgramWhoseCodeIsNotToldIsNotGood) {
             InRuntime(L"xray\\xray.exe") + L" version fails with the code 4294967295");
 }
 
-TEST_F(ProgramChecksTest, AProgramThatSaysNothingOfItself) {
-  machine.programs.On(L"tun2socks*.exe", sim::Script().Prints("usage\n").Exits(0, 9));
-  ExpectProblem(
-      CheckPrograms(patient),
-      InRuntime(L"tun2socks\\tun2socks-windows-amd64.exe") + L" does not tell its version",
-      L"put a working file there; a virus scanner may hold it");
+TEST_F(ProgramChecksTest, AProgramThatTellsNoVersionIsARemark) {
+  machine.programs.On(L"tun2socks*.exe",
+                      sim::Script().Prints("tun2socks-\nwindows/amd64, go1.26.8, \n").Exits(0, 9));
+  ExpectRemark(CheckPrograms(patient),
+               InRuntime(L"tun2socks\\tun2socks-windows-amd64.exe") + L" does not tell its version",
+               L"put a released file there");
 }
 
 TEST_F(ProgramChecksTest, ADirectoryThatCantBeListedIsNoGreenMark) {
@@ -98,6 +98,18 @@ TEST_F(ProgramChecksTest, AConfigurationThatXrayRefuses) {
   ExpectProblem(CheckConfiguration(patient), L"Xray refuses the last one: Failed to start: bad ***",
                 L"choose another node, or sign in again; the node's settings are damaged, or a geo "
                 L"file is too old");
+}
+
+TEST_F(ProgramChecksTest, XraysReasonIsFoundInFrontOfItsLogToo) {
+  machine.files.Put(InRuntime(L"session.json.xray.json"), "{}");
+  machine.programs.On(L"xray.exe", sim::Script()
+                                       .Prints("Xray 26.3.27\nFailed to start: bad port\r\n"
+                                               "2026/11/22 [Info] Reading config: stdin:\r\n")
+                                       .Exits(23, 9));
+  EXPECT_EQ(CheckConfiguration(patient).text,
+            L"Xray refuses the last one: Failed to start: bad port");
+  machine.programs.On(L"xray.exe", sim::Script().Prints("one\r\ntwo\r\n\r\n").Exits(23, 9));
+  EXPECT_EQ(CheckConfiguration(patient).text, L"Xray refuses the last one: two");
 }
 
 TEST_F(ProgramChecksTest, AConfigurationThatCantBeChecked) {
