@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # Installs what is missing, builds both worlds and runs what everybody should wait for; ends at the
 # first stage that fails. Each stage shows its time and its counts.
-#   --all       also clang-tidy, ThreadSanitizer, all fault scenes, fuzzing, the short soaks and --real
+#   --all       also the packages, clang-tidy, ThreadSanitizer, all fault scenes, fuzzing, the short
+#               soaks and --real
 #   --real      also the real Xray and tun2socks, built from their Go modules, and Node.js as a client;
 #               what a machine can't do for want of Go or npm is shown as skipped
 #   --soak      300 connects under Wine, 100,000 simulated ones, and both commands of the README on a
@@ -107,8 +108,11 @@ if [ "$mode" = --all ] || [ "$mode" = --real ]; then
   real_stages
 fi
 if [ "$mode" = --all ]; then
-  stage "More packages" scripts/install_packages.sh tmux chromium fonts-noto-cjk
-  stage "The client's documented outputs" in_lane scripts/check_client_docs.sh
+  stage "More packages" scripts/install_packages.sh tmux chromium fonts-noto-cjk wixl msitools zip unzip \
+    osslsigncode openssl
+  stage "The installer, the zip and the signatures" tests/package/all.sh build/windows
+  stage "The client's documented outputs" in_lane tests/e2e/run_with_panel.sh \
+    build/windows/test_panel/test_panel scripts/check_client_docs.sh
   stage "The client's screen in a terminal" in_lane scripts/check_client_screen.sh
   stage "The client's page in a browser" in_lane scripts/check_client_page.sh
   stage "All fault scenes, the simulated soak" scripts/run_ctest.sh build/native native-long

@@ -5,6 +5,10 @@ enable_language(RC)
 target_compile_definitions(tavrin_options INTERFACE
   UNICODE _UNICODE NOMINMAX WIN32_LEAN_AND_MEAN _WIN32_WINNT=0x0A00 NTDDI_VERSION=0x0A000008)
 
+# The same sources give the same bytes in every directory and at any time.
+add_compile_options(
+  "$<$<COMPILE_LANGUAGE:CXX>:-ffile-prefix-map=${PROJECT_BINARY_DIR}=build;-ffile-prefix-map=${PROJECT_SOURCE_DIR}=.>")
+
 add_library(tavrin_core OBJECT ${TAVRIN_SOURCES})
 target_link_libraries(tavrin_core PUBLIC tavrin_options)
 target_compile_options(tavrin_core PRIVATE
@@ -13,16 +17,28 @@ target_compile_options(tavrin_core PRIVATE
 target_precompile_headers(tavrin_core PRIVATE
   <windows.h> <algorithm> <optional> <string> <string_view> <vector>)
 
-set(TAVRIN_LINK_HARDENING -static -Wl,--dynamicbase -Wl,--nxcompat -Wl,--high-entropy-va)
+set(TAVRIN_LINK_HARDENING
+  -static -Wl,--dynamicbase -Wl,--nxcompat -Wl,--high-entropy-va -Wl,--no-insert-timestamp)
 
-add_executable(TavrinService packaging/tavrin_service.rc)
+# tavrin_add_resources(TARGET DESCRIPTION): the manifest, and the resource that tells the version.
+set(manifest "${TAVRIN_GENERATED}/TavrinService.manifest")
+configure_file(packaging/TavrinService.manifest.in "${manifest}" @ONLY)
+function(tavrin_add_resources name description)
+  string(REPLACE "." ", " version_words "${TAVRIN_PRODUCT_VERSION}")
+  set(resources "${TAVRIN_GENERATED}/${name}.rc")
+  configure_file("${PROJECT_SOURCE_DIR}/packaging/executable.rc.in" "${resources}" @ONLY)
+  set_source_files_properties("${resources}" PROPERTIES OBJECT_DEPENDS "${manifest}")
+  target_sources(${name} PRIVATE "${resources}")
+endfunction()
+
+add_executable(TavrinService)
+tavrin_add_resources(TavrinService "Tavrin connection service")
 target_link_libraries(TavrinService PRIVATE
   tavrin_core iphlpapi ws2_32 advapi32 winhttp crypt32)
 target_link_options(TavrinService PRIVATE
   -municode -mconsole -s -fstack-protector-strong -Wl,--gc-sections ${TAVRIN_LINK_HARDENING})
 set_target_properties(TavrinService PROPERTIES
-  RUNTIME_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}"
-  LINK_DEPENDS "${PROJECT_SOURCE_DIR}/packaging/TavrinService.manifest")
+  RUNTIME_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}")
 
 add_subdirectory(client)
 

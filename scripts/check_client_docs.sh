@@ -2,7 +2,8 @@
 # check_client_docs.sh BUILD_DIRECTORY [--update]: runs every command that docs/client.md shows with its
 # output, in order, against the built service under Wine, and compares. Times, bars and the sandbox's
 # directory may differ. With --update the document gets the present outputs instead.
-# A comment `<!-- state: NAME -->` in the document calls the function state_NAME below.
+# A comment `<!-- state: NAME -->` in the document calls the function state_NAME below. The account's
+# commands ask the test panel: run this by tests/e2e/run_with_panel.sh.
 set -euo pipefail
 build=$(cd "$1" && pwd)
 document=$(cd "$(dirname "$0")/.." && pwd)/docs/client.md
@@ -22,6 +23,24 @@ state_no_service() {
 # A port that Xray refuses, which ends it before it listens.
 state_damaged_node() { sed -i 's/"port": 443/"port": 70000/' "$box/runtime/account.json"; }
 
+# A user's password, and a panel that tests/panel/admin.h describes.
+password='p+ss &wörd 密'
+tell_panel() {
+  exec 3<>"/dev/tcp/127.0.0.1/$TAVRIN_TEST_PANEL_ADMIN"
+  printf 'POST %s HTTP/1.0\r\nContent-Length: %d\r\n\r\n%s' "$1" "${#2}" "$2" >&3
+  grep -q '200 OK' <&3
+  exec 3>&-
+}
+state_panel() {
+  local address="http://127.0.0.1:$TAVRIN_TEST_PANEL_HTTP"
+  printf '{"apiBase":"%s","deviceApi":"%s/device"}\n' "$address" "$address" >"$box/runtime/panel.json"
+}
+state_panel_fails() { tell_panel /behave '{"path":"/api/v1/user/plan/fetch","do":"html","status":500}'; }
+state_local_account() {
+  rm "$box/runtime/panel.json" "$box/runtime/device.id"
+  write_session
+}
+
 # Backslashes as sed wants them.
 in_pattern() { printf '%s' "${1//\\/\\\\}"; }
 
@@ -29,12 +48,15 @@ in_pattern() { printf '%s' "${1//\\/\\\\}"; }
 # also where JSON doubles its backslashes.
 run_line() {
   local -a words
-  local plain shown='C:\Program Files\Tavrin'
+  local plain input shown='C:\Tavrin'
   plain=$(windows_path "$box")
-  eval "words=($1)"
-  (cd "$box" && wine_run "$box/tavrinctl.exe" "${words[@]:1}" 2>&1 </dev/null || true) | tr -d '\r' |
+  input=/dev/null
+  [[ $1 != *'<password.txt' ]] || input=$box/password.txt
+  eval "words=(${1%<password.txt})"
+  (cd "$box" && wine_run "$box/tavrinctl.exe" "${words[@]:1}" 2>&1 <"$input" || true) | tr -d '\r' |
     sed -e "s|$(in_pattern "$plain")|$(in_pattern "$shown")|g" -e 's/[ ]*$//' \
-      -e "s|$(in_pattern "${plain//\\/\\\\}")|$(in_pattern "${shown//\\/\\\\}")|g"
+      -e "s|$(in_pattern "${plain//\\/\\\\}")|$(in_pattern "${shown//\\/\\\\}")|g" \
+      -e "s|http://127.0.0.1:$TAVRIN_TEST_PANEL_HTTP|https://panel.example|g"
 }
 
 normalise() {
@@ -44,6 +66,7 @@ normalise() {
 }
 
 lay_out
+printf '%s\n' "$password" >"$box/password.txt"
 failed=0
 checked=0
 result=$(mktemp)

@@ -18,7 +18,7 @@ done
 grep -qE 'Entry 5 0*[1-9a-f][0-9a-f]* [0-9a-f]+ Base Relocation' <<<"$dump" || complain "no relocations, so no ASLR"
 while read -r dll; do
   case "${dll,,}" in
-    advapi32.dll | iphlpapi.dll | kernel32.dll | msvcrt.dll | winhttp.dll | crypt32.dll | ws2_32.dll | version.dll) ;;
+    advapi32.dll | bcrypt.dll | iphlpapi.dll | kernel32.dll | msvcrt.dll | winhttp.dll | crypt32.dll | ws2_32.dll | version.dll) ;;
     *) complain "needs $dll" ;;
   esac
 done < <(sed -n 's/.*DLL Name: //p' <<<"$dump")

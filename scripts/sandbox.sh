@@ -16,6 +16,10 @@ end_sandbox() {
 }
 trap end_sandbox EXIT
 
+write_session() {
+  echo '{"email":"someone@mail.example","expireAt":"2999-12-31"}' >"$box/runtime/session.json"
+}
+
 lay_out() {
   mkdir -p "$box/runtime/xray" "$box/runtime/tun2socks" "$box/machine"
   cp "$build/TavrinService.exe" "$build/tavrinctl.exe" "$build/standins/iphlpapi.dll" \
@@ -23,7 +27,7 @@ lay_out() {
   cp "$build/standins/xray.exe" "$box/runtime/xray/"
   cp "$build/standins/tun2socks-windows-amd64.exe" "$box/runtime/tun2socks/"
   for name in tun2socks/wintun.dll xray/geoip.dat xray/geosite.dat; do
-    echo "no such file, the stand-ins need none" >"$box/runtime/$name"
+    echo "MZ: no such file, the stand-ins need none" >"$box/runtime/$name"
   done
   cat >"$box/runtime/account.json" <<'JSON'
 {
@@ -39,7 +43,7 @@ lay_out() {
   "shortId": "0123abcd"
 }
 JSON
-  echo '{"email":"someone@mail.example","expireAt":"2999-12-31"}' >"$box/runtime/session.json"
+  write_session
   TAVRIN_TEST_MACHINE=$(windows_path "$box/machine")
   export TAVRIN_TEST_MACHINE
 }

@@ -14,6 +14,9 @@ constexpr OptionHelp kJson = {"--json", "print one JSON object"};
 constexpr OptionHelp kRuntime = {"--runtime DIR",
                                  "the service's runtime directory, when it is not found by itself"};
 
+constexpr OptionHelp kPassword = {"--password-stdin",
+                                  "take the password from the standard input, not the keyboard"};
+
 std::wstring Indented(const char* left, size_t width, const char* right) {
   return L"  " + PadRight(Utf8ToWide(left), width) + L"  " + Utf8ToWide(right) + L"\n";
 }
@@ -89,6 +92,67 @@ const std::vector<CommandHelp>& AllCommands() {
        {"It holds versions, the doctor's findings, the last 200 lines of the log, the last 20",
         "connects, and the shape of the generated configuration with all values masked."},
        {"tavrinctl report tavrin.md"}},
+      {"login",
+       "EMAIL [OPTION...]",
+       "sign in; the old session stands until the new one is proven",
+       {kPassword, kJson, kRuntime},
+       {},
+       {"tavrinctl login someone@mail.example"}},
+      {"logout",
+       "[OPTION...]",
+       "forget the session; a tunnel that is up stays up",
+       {kJson, kRuntime},
+       {},
+       {"tavrinctl logout"}},
+      {"account",
+       "[OPTION...]",
+       "plan, expiry, traffic and devices of the account",
+       {kJson, kRuntime},
+       {},
+       {"tavrinctl account", "tavrinctl account --json"}},
+      {"register",
+       "EMAIL [OPTION...]",
+       "make an account on the panel, and sign in",
+       {{"--invite CODE", "the code of whoever invites you"}, kPassword, kJson, kRuntime},
+       {"With --password-stdin the second line is the code from the mail, if the panel mails one."},
+       {"tavrinctl register someone@mail.example --invite Xk3q9ZtB"}},
+      {"reset-password",
+       "EMAIL [OPTION...]",
+       "set a new password with a code from a mail, and sign in",
+       {kPassword, kJson, kRuntime},
+       {"With --password-stdin the second line is the code from the mail."},
+       {"tavrinctl reset-password someone@mail.example"}},
+      {"plans", "[OPTION...]", "what the panel sells", {kJson, kRuntime}, {}, {"tavrinctl plans"}},
+      {"buy",
+       "PLAN PERIOD [OPTION...]",
+       "order a plan, by its number or name, for a period that plans shows",
+       {{"--yes", "buy without a question"}, kJson, kRuntime},
+       {"A panel takes one open order: buying cancels the open ones, which are shown first."},
+       {"tavrinctl buy 2 month_price", "tavrinctl buy 2 month --yes"}},
+      {"order",
+       "TRADE_NO [OPTION...]",
+       "is an order paid? Exit code 1 when it is not",
+       {{"--wait", "wait until it is, 15 minutes at most"}, kJson, kRuntime},
+       {},
+       {"tavrinctl order 2026112200010000 --wait"}},
+      {"invite",
+       "[OPTION...]",
+       "your invite code and link, and what they have earned",
+       {kJson, kRuntime},
+       {},
+       {"tavrinctl invite"}},
+      {"referrals",
+       "[OPTION...]",
+       "who came by your invitation",
+       {{"--page N", "the page N of the list"}, kJson, kRuntime},
+       {},
+       {"tavrinctl referrals --page 2"}},
+      {"device",
+       "[OPTION...]",
+       "count this computer among the devices of the plan",
+       {kJson, kRuntime},
+       {"It is known by a random number in device.id, not by anything of the machine."},
+       {"tavrinctl device"}},
       {"help",
        "[COMMAND]",
        "what a command does, with examples",
@@ -118,11 +182,11 @@ std::wstring OverviewText() {
       L"tavrinctl drives the Tavrin service and shows what a connect does.\n\n"
       L"Usage: tavrinctl COMMAND [OPTION...]\n\n";
   for (const CommandHelp& command : AllCommands()) {
-    text += Indented(command.name, 12, command.summary);
+    text += Indented(command.name, 14, command.summary);
   }
   return text +
          L"\n  tavrinctl help COMMAND    more about one of them\n"
-         L"  tavrinctl --version       this program's version\n\n"
+         L"  tavrinctl --version       this program's version, with --json its constants\n\n"
          L"Exit codes: 0 done, 1 refused or a problem found, 2 service not reached,\n"
          L"3 wrong command line, 130 interrupted.\n";
 }
@@ -132,7 +196,7 @@ std::wstring CommandHelpText(const CommandHelp& command) {
                       Utf8ToWide(command.usage) + L"\n\n  " + Utf8ToWide(command.summary) + L"\n";
   text += command.options.empty() ? L"" : L"\nOptions:\n";
   for (const OptionHelp& option : command.options) {
-    text += Indented(option.name, 14, option.meaning);
+    text += Indented(option.name, 16, option.meaning);
   }
   text += command.notes.empty() ? L"" : L"\n";
   for (const char* note : command.notes) {

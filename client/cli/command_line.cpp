@@ -2,7 +2,11 @@
 
 #include <CLI/CLI.hpp>
 
+#include <algorithm>
+#include <iterator>
+
 #include "client/cli/command_help.h"
+#include "client/cli/version_text.h"
 #include "src/common/text.h"
 
 namespace vpn {
@@ -16,6 +20,11 @@ struct Values {
   std::string text;
   std::string file;
   std::string shell;
+  std::string email;
+  std::string inviteCode;
+  std::string plan;
+  std::string period;
+  std::string tradeNo;
   bool version = false;
 };
 
@@ -35,7 +44,33 @@ void AddTrace(CLI::App& command, Values& values) {
   command.add_option("--html", values.file);
 }
 
+// False for a command that is none of the account's, or takes nothing of its own.
+bool AddAccountOptions(CLI::App& command, const std::string& name, Values& values) {
+  if (name == "login" || name == "register" || name == "reset-password") {
+    command.add_option("EMAIL", values.email)->required();
+    command.add_flag("--password-stdin", values.line.passwordStdin);
+    if (name == "register") {
+      command.add_option("--invite", values.inviteCode);
+    }
+  } else if (name == "buy") {
+    command.add_option("PLAN", values.plan)->required();
+    command.add_option("PERIOD", values.period)->required();
+    command.add_flag("--yes", values.line.yes);
+  } else if (name == "order") {
+    command.add_option("TRADE_NO", values.tradeNo)->required();
+    command.add_flag("--wait", values.line.wait);
+  } else if (name == "referrals") {
+    command.add_option("--page", values.line.page)->check(CLI::Range(1, 100000));
+  } else {
+    return false;
+  }
+  return true;
+}
+
 void AddOptions(CLI::App& command, const std::string& name, Values& values) {
+  if (AddAccountOptions(command, name, values)) {
+    return;
+  }
   if (name == "status") {
     AddStatus(command, values);
   } else if (name == "connect") {
@@ -58,7 +93,8 @@ void AddCommands(CLI::App& app, Values& values) {
   app.set_help_flag();
   app.allow_windows_style_options(false);  // a word that begins with a slash is a word
   app.require_subcommand(0, 1);            // a node may be called like a command
-  app.add_flag("--version", values.version);
+  CLI::Option* const version = app.add_flag("--version", values.version);
+  app.add_flag("--json", values.line.json)->needs(version);
   for (const CommandHelp& help : AllCommands()) {
     CLI::App* const command = app.add_subcommand(help.name);
     command->set_help_flag();
@@ -95,7 +131,7 @@ ParsedLine HelpAbout(const std::string& topic) {
 
 ParsedLine Finish(const std::string& command, Values& values) {
   if (values.version) {
-    return Show(std::wstring(L"tavrinctl ") + kClientVersion + L"\n");
+    return Show(VersionText(values.line.json));
   }
   if (command.empty()) {
     return Show(OverviewText());
@@ -108,6 +144,11 @@ ParsedLine Finish(const std::string& command, Values& values) {
   values.line.node = Utf8ToWide(values.node);
   values.line.text = Utf8ToWide(values.text);
   values.line.file = Utf8ToWide(values.file);
+  values.line.email = Utf8ToWide(values.email);
+  values.line.inviteCode = Utf8ToWide(values.inviteCode);
+  values.line.plan = Utf8ToWide(values.plan);
+  values.line.period = Utf8ToWide(values.period);
+  values.line.tradeNo = Utf8ToWide(values.tradeNo);
   return {ParsedLine::Kind::kRun, std::move(values.line), {}};
 }
 
@@ -135,9 +176,7 @@ ParsedLine ParseCommandLine(const std::vector<std::wstring>& arguments) {
   CLI::App app;
   AddCommands(app, values);
   std::vector<std::string> reversed;  // as CLI11 takes them
-  for (auto argument = arguments.rbegin(); argument != arguments.rend(); ++argument) {
-    reversed.push_back(WideToUtf8(*argument));
-  }
+  std::transform(arguments.rbegin(), arguments.rend(), std::back_inserter(reversed), WideToUtf8);
   try {
     app.parse(std::move(reversed));
   } catch (const CLI::ParseError& error) {

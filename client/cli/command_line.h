@@ -16,10 +16,19 @@ struct CommandLine {
   bool force = false;
   bool quiet = false;
   bool latency = false;
+  bool yes = false;
+  bool wait = false;
+  bool passwordStdin = false;
   std::uint32_t timeout = 0;  // seconds, 0 for none
   std::uint32_t last = 0;     // connects, 0 for all
   std::wstring node;
   std::wstring text;  // of a request
+  std::uint32_t page = 1;
+  std::wstring email;
+  std::wstring inviteCode;
+  std::wstring plan;  // its number or name
+  std::wstring period;
+  std::wstring tradeNo;
   std::wstring file;  // a report's, or a page's
 };
 
@@ -32,8 +41,6 @@ struct ParsedLine {
 
 // `arguments` without the program's name.
 ParsedLine ParseCommandLine(const std::vector<std::wstring>& arguments);
-
-inline constexpr wchar_t kClientVersion[] = L"0.1.0";
 
 }  // namespace vpn
 

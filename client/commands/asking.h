@@ -37,6 +37,9 @@ int FailWithoutReply(ExchangeEnd end, bool json, Screen& screen);
 // The service's text as it stands, and what to do, on stderr.
 void TellRefusal(const std::wstring& error, Screen& screen);
 
+// With what to do of its own.
+void TellRefusal(const std::wstring& error, const std::wstring& whatToDo, Screen& screen);
+
 }  // namespace vpn
 
 #endif  // TAVRIN_CLIENT_COMMANDS_ASKING_H_

@@ -19,6 +19,17 @@ int RunNodes(const CommandLine& line, Screen& screen);
 int RunTrace(const CommandLine& line, Screen& screen);
 int RunDoctor(const CommandLine& line, Screen& screen);
 int RunReport(const CommandLine& line, Screen& screen);
+int RunLogin(const CommandLine& line, Screen& screen);
+int RunLogout(const CommandLine& line, Screen& screen);
+int RunAccount(const CommandLine& line, Screen& screen);
+int RunRegister(const CommandLine& line, Screen& screen);
+int RunResetPassword(const CommandLine& line, Screen& screen);
+int RunPlans(const CommandLine& line, Screen& screen);
+int RunBuy(const CommandLine& line, Screen& screen);
+int RunOrder(const CommandLine& line, Screen& screen);
+int RunInvite(const CommandLine& line, Screen& screen);
+int RunReferrals(const CommandLine& line, Screen& screen);
+int RunDevice(const CommandLine& line, Screen& screen);
 
 // The whole program: `arguments` without its name.
 int RunClient(const std::vector<std::wstring>& arguments);

@@ -89,7 +89,7 @@ std::vector<std::int64_t> EarlierMedians(const std::wstring& path) {
 // refuses, and that may be a key of the configuration.
 std::wstring LastXrayLine(const std::wstring& runtimeDir, std::uint64_t from) {
   std::string text;
-  if (!ReadFileFrom(runtimeDir + L"\\" + kXrayErrorLog, from, 64 * 1024, text)) {
+  if (!ReadFileFrom(runtimeDir + L"\\" + kXrayErrorLog, from, 64 << 10, text)) {
     return {};
   }
   text.erase(text.find_last_not_of("\r\n") + 1);

@@ -1,4 +1,6 @@
+#include "client/account/backend.h"
 #include "client/account/node_lookup.h"
+#include "client/advice/advice.h"
 #include "client/commands/asking.h"
 #include "client/commands/commands.h"
 #include "client/exit_codes.h"
@@ -15,6 +17,7 @@ namespace {
 std::vector<Latency> Measure(const std::vector<NodeInfo>& nodes, const InterruptWatch& interrupt,
                              Screen& screen) {
   std::vector<LatencyGoal> goals;
+  goals.reserve(nodes.size());
   for (const NodeInfo& node : nodes) {
     goals.push_back({node.address, static_cast<std::uint16_t>(node.port)});
   }
@@ -71,45 +74,61 @@ void ShowNodes(const std::vector<NodeInfo>& nodes, const std::vector<Latency>& l
 
 Json NodesObject(const std::vector<NodeInfo>& nodes, const std::vector<Latency>& latencies) {
   Json object = NewJson();
-  object["nodes"] = Json::array();
+  Json& list = PutList(object, "nodes");
   for (size_t at = 0; at < nodes.size(); ++at) {
-    Json entry;
-    entry["name"] = JsonValue(nodes[at].name);
-    entry["address"] = JsonValue(nodes[at].address);
-    entry["port"] = nodes[at].port;
-    if (!latencies.empty()) {
-      const bool hasTime = latencies[at].kind == Latency::Kind::kConnected;
-      entry["latency"] = hasTime ? Json(latencies[at].milliseconds) : Json(nullptr);
-      entry["remark"] = JsonValue(Remark(latencies[at]));
+    Json& entry = AppendObject(list);
+    PutText(entry, "name", nodes[at].name);
+    PutText(entry, "address", nodes[at].address);
+    PutNumber(entry, "port", nodes[at].port);
+    if (latencies.empty()) {
+      continue;
     }
-    object["nodes"].push_back(std::move(entry));
+    const Latency& latency = latencies[at];
+    if (latency.kind == Latency::Kind::kConnected) {
+      PutNumber(entry, "latency", static_cast<std::int64_t>(latency.milliseconds));
+    } else {
+      (void)PutObject(entry, "latency");  // null
+    }
+    PutText(entry, "remark", Remark(latency));
   }
   return object;
 }
 
-int TellNoAccount(const std::wstring& error, bool json, Screen& screen) {
+// An account without nodes may be no account at all.
+std::wstring WhatToDoWithoutNodes(const std::wstring& runtimeDir, const std::wstring& error) {
+  const Backend backend = FindBackend(runtimeDir);
+  const Complaint complaint = LookAtAccount(backend, backend.sessionPath());
+  return complaint ? complaint.whatToDo + L": " + complaint.text : WhatToDo(error);
+}
+
+int TellNoAccount(const std::wstring& error, const std::wstring& whatToDo, bool json,
+                  Screen& screen) {
   if (json) {
     Json object = NewJson();
-    object["nodes"] = Json::array();
-    object["error"] = JsonValue(error);
+    (void)PutList(object, "nodes");
+    PutText(object, "error", error);
     screen.out.write(JsonText(object));
   }
-  TellRefusal(error, screen);
+  TellRefusal(error, whatToDo, screen);
   return kExitRefused;
 }
 
 }  // namespace
 
 int RunNodes(const CommandLine& line, Screen& screen) {
+  const std::wstring runtimeDir = FindServicePlace(line.runtimeDir).runtimeDir;
   const FetchedAccount account = [&] {
     MovingLine moving(screen.err);
     moving.show(L"The account is being fetched …");
-    return FetchAccount(FindServicePlace(line.runtimeDir).runtimeDir);
+    return FetchAccount(runtimeDir);
   }();
   const std::vector<NodeInfo>& nodes = account.session.nodes;
-  if (!account.isFetched || nodes.empty()) {
-    return TellNoAccount(account.error.empty() ? L"没有可用节点" : account.error, line.json,
-                         screen);
+  if (!account.isFetched) {
+    return TellNoAccount(account.error, WhatToDo(account.error), line.json, screen);
+  }
+  if (nodes.empty()) {
+    const std::wstring error = L"没有可用节点";
+    return TellNoAccount(error, WhatToDoWithoutNodes(runtimeDir, error), line.json, screen);
   }
   const InterruptWatch interrupt;
   const std::vector<Latency> latencies =

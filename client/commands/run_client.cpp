@@ -13,9 +13,16 @@ struct Entry {
 };
 
 constexpr Entry kCommands[] = {
-    {"status", RunStatus},     {"connect", RunConnect}, {"disconnect", RunDisconnect},
-    {"shutdown", RunShutdown}, {"request", RunRequest}, {"nodes", RunNodes},
-    {"trace", RunTrace},       {"doctor", RunDoctor},   {"report", RunReport},
+    {"status", RunStatus},         {"connect", RunConnect},
+    {"disconnect", RunDisconnect}, {"shutdown", RunShutdown},
+    {"request", RunRequest},       {"nodes", RunNodes},
+    {"trace", RunTrace},           {"doctor", RunDoctor},
+    {"report", RunReport},         {"login", RunLogin},
+    {"logout", RunLogout},         {"account", RunAccount},
+    {"register", RunRegister},     {"reset-password", RunResetPassword},
+    {"plans", RunPlans},           {"buy", RunBuy},
+    {"order", RunOrder},           {"invite", RunInvite},
+    {"referrals", RunReferrals},   {"device", RunDevice},
 };
 
 }  // namespace

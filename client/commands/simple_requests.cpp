@@ -16,10 +16,10 @@ int RunOne(const char* request, const wchar_t* done, bool json, Screen& screen) 
   }
   if (json) {
     Json object = NewJson();
-    object["reachable"] = true;
-    object["ok"] = reply.ok;
-    object["running"] = reply.running;
-    object["error"] = JsonValue(reply.error);
+    PutFlag(object, "reachable", true);
+    PutFlag(object, "ok", reply.ok);
+    PutFlag(object, "running", reply.running);
+    PutText(object, "error", reply.error);
     screen.out.write(JsonText(object));
   }
   if (!reply.ok) {

@@ -58,7 +58,7 @@ std::wstring NameOfNode(const std::wstring& runtimeDir, const RunningNode& node)
 
 std::int64_t LastConnectTime(const ServicePlace& place) {
   FileTail tail;
-  if (!ReadFileTail(TracePath(place.directory), 16 * 1024, tail)) {
+  if (!ReadFileTail(TracePath(place.directory), 16 << 10, tail)) {
     return -1;
   }
   const TraceText trace = ParseTrace(tail.text, tail.isCut);

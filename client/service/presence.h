@@ -16,8 +16,11 @@ struct RunningProcess {
   std::uint64_t runsFor = 0;  // seconds
 };
 
-// Processes with this image name, case ignored, that have not ended.
+// Processes with this image name, case ignored, that have not ended. None when the platform does
+// not list them.
 std::vector<RunningProcess> FindProcesses(const std::wstring& imageName);
+
+bool CanListProcesses();
 
 // Image name of a process without its directory, empty when it does not run.
 std::wstring ImageNameOf(DWORD id);

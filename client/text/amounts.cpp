@@ -1,5 +1,7 @@
 #include "client/text/amounts.h"
 
+#include <algorithm>
+
 namespace vpn {
 namespace {
 
@@ -55,6 +57,29 @@ std::wstring DurationText(std::uint64_t seconds) {
     return Pair(hours, L" h ", minutes % 60, L" min");
   }
   return Pair(hours / 24, L" d ", hours % 24, L" h");
+}
+
+std::wstring MoneyText(std::int64_t cents) {
+  const bool isNegative = cents < 0;
+  const std::uint64_t amount =
+      isNegative ? 0 - static_cast<std::uint64_t>(cents) : static_cast<std::uint64_t>(cents);
+  return std::wstring(isNegative ? L"-¥" : L"¥") + std::to_wstring(amount / 100) + L"." +
+         Padded(amount % 100, 2);
+}
+
+std::wstring GigabytesText(std::int64_t bytes) {
+  constexpr std::uint64_t kTenth = 107374182;  // of a gigabyte, 1024^3 bytes
+  const std::uint64_t tenths =
+      (static_cast<std::uint64_t>(bytes < 0 ? 0 : bytes) + kTenth / 2) / kTenth;
+  return std::to_wstring(tenths / 10) + L"." + std::to_wstring(tenths % 10) + L" GB";
+}
+
+std::wstring BarText(std::int64_t part, std::int64_t whole, size_t width) {
+  const double share =
+      whole <= 0 ? 0.0
+                 : std::clamp(static_cast<double>(part) / static_cast<double>(whole), 0.0, 1.0);
+  const auto filled = static_cast<size_t>(share * static_cast<double>(width) + 0.5);
+  return std::wstring(filled, L'█') + std::wstring(width - filled, L'░');
 }
 
 std::wstring CountText(std::uint64_t count, const wchar_t* one, const wchar_t* many) {

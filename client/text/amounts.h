@@ -19,6 +19,15 @@ std::wstring SecondsText(std::uint64_t milliseconds);
 // "42 s", "5 min", "2 h 14 min", "3 d 4 h".
 std::wstring DurationText(std::uint64_t seconds);
 
+// "¥12.50" of hundredths.
+std::wstring MoneyText(std::int64_t cents);
+
+// "9.5 GB".
+std::wstring GigabytesText(std::int64_t bytes);
+
+// A bar of `width` columns, of which `part` out of `whole` is filled.
+std::wstring BarText(std::int64_t part, std::int64_t whole, size_t width);
+
 // One of the two words behind the number: "1 problem", "2 problems".
 std::wstring CountText(std::uint64_t count, const wchar_t* one, const wchar_t* many);
 

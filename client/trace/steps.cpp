@@ -131,6 +131,7 @@ std::vector<std::int64_t> MedianTimes(const std::vector<ConnectTrace>& connects)
     }
   }
   std::vector<std::int64_t> medians;
+  medians.reserve(times.size());
   for (auto& values : times) {
     medians.push_back(MedianOf(std::move(values)));
   }

@@ -94,6 +94,38 @@ TEST_F(File, DeletionTakesFilesThatNobodyHasOpen) {
   EXPECT_EQ(GetLastError(), 5u);
 }
 
+void Fill(const std::wstring& path, const char* text) {
+  std::FILE* const file = _wfsopen(path.c_str(), L"wb", _SH_DENYNO);
+  ASSERT_NE(file, nullptr);
+  std::fputs(text, file);
+  std::fclose(file);
+}
+
+TEST_F(File, ARenameReplacesWhatNobodyHasOpen) {
+  const std::wstring from = world.directory() + L"\\from";
+  const std::wstring to = world.directory() + L"\\to";
+  EXPECT_EQ(MoveFileExW(from.c_str(), to.c_str(), MOVEFILE_REPLACE_EXISTING), FALSE);
+  EXPECT_EQ(GetLastError(), DWORD{ERROR_FILE_NOT_FOUND});
+  Fill(from, "new");
+  Fill(to, "old");
+  EXPECT_EQ(MoveFileExW(from.c_str(), to.c_str(), 0), FALSE);
+  EXPECT_EQ(GetLastError(), DWORD{ERROR_ALREADY_EXISTS});
+  std::FILE* reader = _wfsopen(to.c_str(), L"rb", _SH_DENYNO);
+  ASSERT_NE(reader, nullptr);
+  EXPECT_EQ(MoveFileExW(from.c_str(), to.c_str(), MOVEFILE_REPLACE_EXISTING), FALSE);
+  EXPECT_EQ(GetLastError(), DWORD{ERROR_ACCESS_DENIED});
+  std::fclose(reader);
+  EXPECT_NE(
+      MoveFileExW(from.c_str(), to.c_str(), MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH),
+      FALSE);
+  char text[8] = {};
+  reader = _wfsopen(to.c_str(), L"rb", _SH_DENYNO);
+  EXPECT_EQ(std::fread(text, 1, sizeof text, reader), 3u);
+  std::fclose(reader);
+  EXPECT_STREQ(text, "new");
+  EXPECT_EQ(GetFileAttributesW(from.c_str()), INVALID_FILE_ATTRIBUTES);
+}
+
 TEST_F(File, TheCurrentDirectoryHasToBeOne) {
   const std::wstring path = Put(L"a");
   EXPECT_EQ(SetCurrentDirectoryW((world.directory() + L"\\none").c_str()), FALSE);
@@ -164,6 +196,25 @@ TEST_F(Stream, OpeningFailsWithTheRuntimesCodes) {
   EXPECT_EQ(errno, ENOENT);
   EXPECT_EQ(_wfsopen(world.directory().c_str(), L"wb", _SH_DENYNO), nullptr);
   EXPECT_EQ(errno, EACCES);
+}
+
+TEST_F(Stream, AMoveTakesAnothersPlaceWhenItMay) {
+  const std::wstring from = Put(L"new", "new");
+  const std::wstring to = Put(L"old", "old and longer");
+  EXPECT_EQ(MoveFileExW(from.c_str(), to.c_str(), 0), FALSE);
+  EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_ALREADY_EXISTS));
+  EXPECT_NE(MoveFileExW(from.c_str(), to.c_str(), MOVEFILE_REPLACE_EXISTING), FALSE);
+  EXPECT_EQ(GetFileAttributesW(from.c_str()), INVALID_FILE_ATTRIBUTES);
+  EXPECT_EQ(Bytes(to), "new");
+}
+
+TEST_F(Stream, AMoveOntoADirectoryIsRefused) {
+  const std::wstring from = Put(L"new");
+  MakeDirectory(world.directory() + L"\\there");
+  EXPECT_EQ(MoveFileExW(from.c_str(), (world.directory() + L"\\there").c_str(),
+                        MOVEFILE_REPLACE_EXISTING),
+            FALSE);
+  EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_ACCESS_DENIED));
 }
 
 }  // namespace

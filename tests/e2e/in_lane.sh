@@ -27,15 +27,10 @@ take_lane() {
   done
 }
 
-# The Windows directory is shared with the warm prefix by hard links; tests write elsewhere.
 make_prefix() {
   [ ! -e "$WINEPREFIX/made" ] || return 0
   "$tests/wine_prefix.sh" "$directory/warm"
-  rm -rf "$WINEPREFIX"
-  cp -al "$directory/warm" "$WINEPREFIX"
-  rm -f "$WINEPREFIX"/lock "$WINEPREFIX"/made "$WINEPREFIX"/*.reg
-  cp "$directory"/warm/*.reg "$WINEPREFIX"
-  : >"$WINEPREFIX/made"
+  "$tests/copy_prefix.sh" "$directory/warm" "$WINEPREFIX"
 }
 
 end_session() {

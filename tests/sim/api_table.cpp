@@ -13,6 +13,7 @@ namespace sim {
 namespace {
 
 constexpr std::uint32_t kEacces = 13;
+constexpr std::uint32_t kUnsuccessful = 0xC0000001;  // STATUS_UNSUCCESSFUL
 
 constexpr ApiEntry Never(std::string_view name) {
   return {name, FailureStyle::kNone, 0, false};
@@ -53,6 +54,8 @@ constexpr ApiEntry kTable[] = {
     Named("SetConsoleTextAttribute", ERROR_INVALID_HANDLE),
     Named("SetConsoleCursorInfo", ERROR_INVALID_HANDLE),
     Last("WriteConsoleW", ERROR_INVALID_HANDLE),
+    Last("SetConsoleMode", ERROR_INVALID_HANDLE),
+    Last("ReadConsoleW", ERROR_INVALID_HANDLE),
     // Services
     Last("StartServiceCtrlDispatcherW", ERROR_FAILED_SERVICE_CONTROLLER_CONNECT),
     Last("RegisterServiceCtrlHandlerExW", ERROR_SERVICE_DOES_NOT_EXIST),
@@ -94,6 +97,7 @@ constexpr ApiEntry kTable[] = {
     Last("LockFileEx", ERROR_INVALID_FUNCTION),
     Named("UnlockFileEx", ERROR_NOT_LOCKED),
     Last("DeleteFileW", ERROR_ACCESS_DENIED),
+    Last("MoveFileExW", ERROR_ACCESS_DENIED),
     Last("GetFileAttributesW", ERROR_ACCESS_DENIED),
     Last("GetFileAttributesExW", ERROR_ACCESS_DENIED),
     Last("GetFileVersionInfoSizeW", 1813),
@@ -118,6 +122,12 @@ constexpr ApiEntry kTable[] = {
     Last("ConvertStringSecurityDescriptorToSecurityDescriptorW", ERROR_INVALID_PARAMETER),
     Result("GetNamedSecurityInfoW", ERROR_ACCESS_DENIED),
     Last("ConvertSecurityDescriptorToStringSecurityDescriptorW", ERROR_INVALID_PARAMETER),
+    // The user and the user's files
+    Last("OpenProcessToken", ERROR_ACCESS_DENIED),
+    Last("GetTokenInformation", ERROR_ACCESS_DENIED),
+    Named("ConvertSidToStringSidW", ERROR_INVALID_PARAMETER),
+    Last("SetFileSecurityW", ERROR_ACCESS_DENIED),
+    Result("BCryptGenRandom", kUnsuccessful),
     // Registry
     Result("RegOpenKeyExW", ERROR_ACCESS_DENIED),
     Result("RegQueryValueExW", ERROR_ACCESS_DENIED),

@@ -37,6 +37,13 @@ bool Console::Send(std::uint32_t event) {
                      [event](Handler handler) { return handler(event) != 0; });
 }
 
+std::string Console::TakeInput(size_t count) {
+  const MachineLock lock = core_.Lock();
+  const std::string bytes = input.substr(0, count);
+  input.erase(0, bytes.size());
+  return bytes;
+}
+
 void Console::Append(const void* handle, const std::string& bytes) {
   const MachineLock lock = core_.Lock();
   (handle == OutputHandle() ? outputText_ : errorText_) += bytes;

@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <cstdio>
+#include <deque>
 #include <string>
 #include <vector>
 
@@ -31,16 +32,25 @@ class Console {
   // WriteConsoleW writes stands on the screen.
   bool isTerminal = false;
   Terminal terminal;
-  bool attached = true;  // cleared by FreeConsole
+  // The standard input: the bytes of a file or pipe, or with `hasKeyboard` what a person types, a
+  // line for each time that the program asks; "\x03" is Ctrl+C.
+  std::string input;
+  bool hasKeyboard = false;
+  std::deque<std::wstring> typed;
+  std::uint32_t inputMode = 7;  // line by line, echoed, Ctrl+C as an event
+  bool attached = true;         // cleared by FreeConsole
   // Calls the handlers, last added first, on this thread, until one says that it took the event.
   bool Send(std::uint32_t event);
 
   // For the platform's calls.
   static void* OutputHandle() { return reinterpret_cast<void*>(std::uintptr_t{0x60000001}); }
   static void* ErrorHandle() { return reinterpret_cast<void*>(std::uintptr_t{0x60000002}); }
+  static void* InputHandle() { return reinterpret_cast<void*>(std::uintptr_t{0x60000003}); }
   static bool IsStandard(const void* handle) {
     return handle == OutputHandle() || handle == ErrorHandle();
   }
+  // The next bytes of the standard input, `count` at most.
+  std::string TakeInput(size_t count);
   // What WriteFile writes on a standard handle.
   void Append(const void* handle, const std::string& bytes);
   std::FILE* output() const { return output_; }

@@ -78,6 +78,15 @@ std::optional<std::string> Files::Read(const std::wstring& path) const {
   return node && !node->directory ? std::optional(node->content) : std::nullopt;
 }
 
+std::vector<FileNode> Files::All() const {
+  const MachineLock lock = core_.Lock();
+  std::vector<FileNode> all;
+  for (const auto& node : nodes_) {
+    all.push_back(*node);
+  }
+  return all;
+}
+
 std::vector<std::string> Files::List(const std::wstring& directory) const {
   const MachineLock lock = core_.Lock();
   std::vector<std::string> paths;
@@ -93,6 +102,11 @@ std::vector<std::string> Files::List(const std::wstring& directory) const {
 void Files::SetLocked(const std::wstring& path, bool locked) {
   const MachineLock lock = core_.Lock();
   Find(path)->locked = locked;
+}
+
+void Files::SetDenied(const std::wstring& path, bool denied) {
+  const MachineLock lock = core_.Lock();
+  Find(path)->denied = denied;
 }
 
 void Files::SetRangeLocked(const std::wstring& path, bool locked) {
@@ -154,6 +168,30 @@ std::uint32_t Files::Delete(const std::wstring& path) {
   return 0;
 }
 
+std::uint32_t Files::Move(const std::wstring& from, const std::wstring& to, bool replace) {
+  const MachineLock lock = core_.Lock();
+  const std::shared_ptr<FileNode> node = Find(from);
+  const std::shared_ptr<FileNode> old = Find(to);
+  const std::shared_ptr<FileNode> directory = Find(DirectoryName(Absolute(Units(to))));
+  if (!node || !directory) {
+    return node ? ERROR_PATH_NOT_FOUND : ERROR_FILE_NOT_FOUND;
+  }
+  if (node->locked || node->readers + node->writers > 0) {
+    return ERROR_SHARING_VIOLATION;
+  }
+  if (old && !replace) {
+    return ERROR_ALREADY_EXISTS;
+  }
+  // Whoever has the old file open keeps it, and no text says that it is only for a while.
+  if (directory->readOnly || (old && (old->directory || old->readOnly || old->locked ||
+                                      old->readers + old->writers > 0))) {
+    return ERROR_ACCESS_DENIED;
+  }
+  std::erase(nodes_, old);
+  node->path = Absolute(Units(to));
+  return 0;
+}
+
 std::vector<std::shared_ptr<FileNode>> Files::Match(const std::wstring& pattern) const {
   const MachineLock lock = core_.Lock();
   const std::wstring full = Absolute(pattern);
@@ -177,7 +215,8 @@ int Files::Open(const std::wstring& path, bool create, std::shared_ptr<FileNode>
   }
   *node = Find(full);
   if (*node) {
-    const bool refused = (*node)->directory || (*node)->locked || (create && (*node)->readOnly);
+    const bool refused =
+        (*node)->directory || (*node)->locked || (*node)->denied || (create && (*node)->readOnly);
     return refused ? EACCES : 0;
   }
   if (!create) {

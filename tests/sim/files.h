@@ -18,9 +18,12 @@ struct FileNode {
   bool directory = false;
   bool readOnly = false;    // a directory: nothing can be created or deleted in it
   bool locked = false;      // another program holds it open and shares nothing
+  bool denied = false;      // this user may not even look at it
+  bool readsFail = false;   // opens, but gives no byte (a damaged disk)
   bool writesFail = false;  // opens, but every write to it is lost (a full disk)
   std::string content;
-  std::string accessList;  // in SDDL; empty: what C:\\Program Files has
+  std::string accessList;  // in SDDL, with the owner or not; empty: what C:\\Program Files has
+  int changes = 0;         // how often it was opened for writing: each would change its time
   std::string version;     // "0.1.0", of an executable with a version resource
   // What this machine's own streams have open: each read, write and share right counts.
   int readers = 0;
@@ -42,14 +45,18 @@ class Files {
   void Remove(const std::wstring& path);  // a directory with everything in it
   bool Exists(const std::wstring& path) const;
   std::optional<std::string> Read(const std::wstring& path) const;
+  // Every file and directory.
+  std::vector<FileNode> All() const;
   // Names (full paths, UTF-8) of every file below a directory, sorted.
   std::vector<std::string> List(const std::wstring& directory) const;
   void SetLocked(const std::wstring& path, bool locked);
+  void SetDenied(const std::wstring& path, bool denied);
   void SetRangeLocked(const std::wstring& path, bool locked);  // by another program
   void SetReadOnly(const std::wstring& path, bool readOnly);
   void SetAccessList(const std::wstring& path, const std::string& sddl);
   void SetVersion(const std::wstring& path, const std::string& version);
   void SetWritesFail(const std::wstring& path, bool fail);
+  bool isDiskFull = false;  // every write to any file is lost
 
   // For the platform's calls --------------------------------------------------------------------
   // Relative paths start from here.
@@ -59,6 +66,7 @@ class Files {
   std::shared_ptr<FileNode> Find(const std::wstring& path) const;
   // Win32 codes; 0 for success.
   std::uint32_t Delete(const std::wstring& path);
+  std::uint32_t Move(const std::wstring& from, const std::wstring& to, bool replace);
   std::vector<std::shared_ptr<FileNode>> Match(const std::wstring& pattern) const;
   // errno codes; 0 for success. Makes the file when it is missing and `create` is set.
   int Open(const std::wstring& path, bool create, std::shared_ptr<FileNode>* node);

@@ -13,6 +13,9 @@
 
 namespace sim {
 
+// The kind of everything that LocalFree frees.
+inline constexpr char kDescriptor[] = "security descriptor";
+
 class Resources {
  public:
   Resources(Core& core, std::vector<std::string>& violations)

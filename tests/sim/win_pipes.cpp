@@ -13,7 +13,6 @@ using sim::kPending;
 
 namespace {
 
-constexpr char kDescriptor[] = "security descriptor";
 constexpr DWORD kUnknownRevision = 1305;
 constexpr DWORD kInvalidDescriptor = 1338;
 
@@ -60,6 +59,17 @@ std::uint32_t WriteAll(Call& call, End& end, const char* bytes, DWORD count, DWO
   });
 }
 
+// Nobody reads meanwhile, so what does not fit would block for ever.
+BOOL WriteAnonymous(Call& call, sim::AnonymousPipe& pipe, std::string_view bytes, DWORD* written) {
+  if (pipe.bytes.size() + bytes.size() > pipe.size) {
+    call->AddViolation("a write of " + std::to_string(bytes.size()) + " bytes would block");
+    return call.Fail(FALSE, ERROR_NO_DATA);
+  }
+  pipe.bytes += bytes;
+  *written = static_cast<DWORD>(bytes.size());
+  return TRUE;
+}
+
 sim::PipeSettings SettingsOf(const Call& call, LPCWSTR name,
                              const SECURITY_ATTRIBUTES* attributes) {
   sim::PipeSettings settings;
@@ -67,7 +77,7 @@ sim::PipeSettings SettingsOf(const Call& call, LPCWSTR name,
   if (attributes != nullptr) {
     settings.attributesLength = attributes->nLength;
     settings.inherit = attributes->bInheritHandle != FALSE;
-    const auto text = call->resources.Find(attributes->lpSecurityDescriptor, kDescriptor);
+    const auto text = call->resources.Find(attributes->lpSecurityDescriptor, sim::kDescriptor);
     if (text) {
       settings.securityDescriptor = sim::Narrow(*std::static_pointer_cast<std::wstring>(text));
     }
@@ -95,7 +105,7 @@ BOOL ConvertStringSecurityDescriptorToSecurityDescriptorW(LPCWSTR text, DWORD re
   if (size != nullptr) {
     *size = static_cast<ULONG>(owner->size());
   }
-  call.Track(owner.get(), kDescriptor, owner);
+  call.Track(owner.get(), sim::kDescriptor, owner);
   return TRUE;
 }
 
@@ -107,14 +117,15 @@ DWORD GetNamedSecurityInfoW(LPCWSTR name, SE_OBJECT_TYPE type, DWORD information
     return call.code();
   }
   const auto node = call->files.Find(name);
-  if (!node || type != SE_FILE_OBJECT || information != DACL_SECURITY_INFORMATION) {
+  if (!node || type != SE_FILE_OBJECT || (information & DACL_SECURITY_INFORMATION) == 0) {
     return node ? ERROR_INVALID_PARAMETER : ERROR_FILE_NOT_FOUND;
   }
-  constexpr char kProgramFiles[] = "D:PAI(A;OICI;FA;;;SY)(A;OICI;FA;;;BA)(A;OICI;0x1200a9;;;BU)";
+  constexpr char kProgramFiles[] =
+      "O:BAD:PAI(A;OICI;FA;;;SY)(A;OICI;FA;;;BA)(A;OICI;0x1200a9;;;BU)";
   const auto owner = std::make_shared<std::wstring>(
       sim::Widen(node->accessList.empty() ? kProgramFiles : node->accessList));
   *descriptor = owner.get();
-  call.Track(owner.get(), kDescriptor, owner);
+  call.Track(owner.get(), sim::kDescriptor, owner);
   return 0;
 }
 
@@ -125,13 +136,13 @@ BOOL ConvertSecurityDescriptorToStringSecurityDescriptorW(PSECURITY_DESCRIPTOR d
   if (call.failed()) {
     return call.Fail(FALSE);
   }
-  const auto known = call->resources.Find(descriptor, kDescriptor);
+  const auto known = call->resources.Find(descriptor, sim::kDescriptor);
   if (!known) {
     return call.Fail(FALSE, ERROR_INVALID_PARAMETER);
   }
   const auto copy = std::make_shared<std::wstring>(*std::static_pointer_cast<std::wstring>(known));
   *text = copy->data();
-  call.Track(copy->data(), kDescriptor, copy);
+  call.Track(copy->data(), sim::kDescriptor, copy);
   return TRUE;
 }
 
@@ -140,7 +151,7 @@ HLOCAL LocalFree(HLOCAL memory) {
   if (call.failed()) {
     return call.Fail(memory);
   }
-  if (memory != nullptr && !call->resources.Release(memory, kDescriptor, call.name())) {
+  if (memory != nullptr && !call->resources.Release(memory, sim::kDescriptor, call.name())) {
     return call.Fail(memory, ERROR_INVALID_HANDLE);
   }
   return nullptr;
@@ -154,6 +165,7 @@ BOOL CreatePipe(HANDLE* reading, HANDLE* writing, SECURITY_ATTRIBUTES* attribute
   const auto reader = std::make_shared<sim::AnonymousReader>();
   const auto writer = std::make_shared<sim::AnonymousWriter>();
   reader->pipe = writer->pipe = std::make_shared<sim::AnonymousPipe>();
+  reader->pipe->size = size == 0 ? 4096 : size;
   *reading = call.OpenHandle(reader);
   *writing = call.OpenHandle(writer);
   return TRUE;
@@ -255,6 +267,12 @@ BOOL ReadFile(HANDLE file, LPVOID buffer, DWORD count, DWORD* read, OVERLAPPED* 
   if (call.failed()) {
     return call.Fail(FALSE);
   }
+  if (file == sim::Console::InputHandle()) {
+    const std::string bytes = call->console.TakeInput(count);
+    *read = static_cast<DWORD>(bytes.size());
+    bytes.copy(static_cast<char*>(buffer), bytes.size());
+    return bytes.empty() ? call.Fail(FALSE, ERROR_BROKEN_PIPE) : TRUE;
+  }
   if (const auto reader =
           std::dynamic_pointer_cast<sim::AnonymousReader>(call.Kernel<sim::Object>(file))) {
     std::string& bytes = reader->pipe->bytes;
@@ -284,6 +302,10 @@ BOOL WriteFile(HANDLE file, LPCVOID buffer, DWORD count, DWORD* written,
     call->console.Append(file, std::string(static_cast<const char*>(buffer), count));
     *written = count;
     return TRUE;
+  }
+  if (const auto writer =
+          std::dynamic_pointer_cast<sim::AnonymousWriter>(call.Kernel<sim::Object>(file))) {
+    return WriteAnonymous(call, *writer->pipe, {static_cast<const char*>(buffer), count}, written);
   }
   count = call->pipes.TakeLimit(count);
   if (count == 0) {

@@ -17,12 +17,23 @@ bool IsConsole(const Call& call, HANDLE console) {
   return true;
 }
 
+// The same for the handle of a keyboard.
+bool IsKeyboard(const Call& call, HANDLE console) {
+  if (!call->console.hasKeyboard || console != sim::Console::InputHandle()) {
+    return call.Fail(false, ERROR_INVALID_HANDLE);
+  }
+  return true;
+}
+
 }  // namespace
 
 HANDLE GetStdHandle(DWORD which) {
   Call call("GetStdHandle", {static_cast<int>(which)});
   if (call.failed()) {
     return call.Fail(INVALID_HANDLE_VALUE);
+  }
+  if (which == STD_INPUT_HANDLE) {
+    return sim::Console::InputHandle();
   }
   return which == STD_OUTPUT_HANDLE ? sim::Console::OutputHandle() : sim::Console::ErrorHandle();
 }
@@ -32,8 +43,25 @@ BOOL GetConsoleMode(HANDLE console, DWORD* mode) {
   if (call.failed()) {
     return call.Fail(FALSE);
   }
+  if (console == sim::Console::InputHandle()) {
+    *mode = call->console.inputMode;
+    return IsKeyboard(call, console) ? TRUE : FALSE;
+  }
   *mode = 3;
   return IsConsole(call, console) ? TRUE : FALSE;
+}
+
+// Of a keyboard; the mode of a screen is not modelled.
+BOOL SetConsoleMode(HANDLE console, DWORD mode) {
+  Call call("SetConsoleMode", {mode});
+  if (call.failed()) {
+    return call.Fail(FALSE);
+  }
+  if (!IsKeyboard(call, console)) {
+    return FALSE;
+  }
+  call->console.inputMode = mode;
+  return TRUE;
 }
 
 BOOL GetConsoleScreenBufferInfo(HANDLE console, CONSOLE_SCREEN_BUFFER_INFO* info) {
@@ -84,5 +112,35 @@ BOOL WriteConsoleW(HANDLE console, LPCVOID text, DWORD count, DWORD* written, LP
   }
   call->console.terminal.Write(std::wstring(static_cast<const wchar_t*>(text), count));
   *written = count;
+  return TRUE;
+}
+
+// Whole lines only. At Ctrl+C nothing has been read, and the last error says why; a person who has
+// nothing more to type ends the input.
+BOOL ReadConsoleW(HANDLE console, LPVOID text, DWORD count, DWORD* read, LPVOID /*control*/) {
+  Call call("ReadConsoleW", {count});
+  *read = 0;
+  if (call.failed()) {
+    return call.Fail(FALSE);
+  }
+  if (!IsKeyboard(call, console)) {
+    return FALSE;
+  }
+  sim::Console& keyboard = call->console;
+  if (keyboard.typed.empty()) {
+    return TRUE;
+  }
+  const std::wstring line = sim::Units(keyboard.typed.front());
+  keyboard.typed.pop_front();
+  if (line == L"\x03") {
+    keyboard.Send(CTRL_C_EVENT);
+    return call.Fail(TRUE, ERROR_OPERATION_ABORTED);
+  }
+  if ((keyboard.inputMode & ENABLE_ECHO_INPUT) != 0) {
+    keyboard.terminal.Write(line + L"\n");
+  }
+  const std::wstring given = (line + L"\r\n").substr(0, count);
+  given.copy(static_cast<wchar_t*>(text), given.size());
+  *read = static_cast<DWORD>(given.size());
   return TRUE;
 }

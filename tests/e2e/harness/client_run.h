@@ -11,6 +11,24 @@
 
 namespace e2e {
 
+// What stands for a keyboard: a pipe.
+class InputPipe {
+ public:
+  InputPipe();
+  ~InputPipe();
+  InputPipe(const InputPipe&) = delete;
+  InputPipe& operator=(const InputPipe&) = delete;
+
+  HANDLE reading() const { return reading_; }
+  void Write(const std::string& bytes) const;
+  // The program's input ends; nothing more can be written.
+  void End();
+
+ private:
+  HANDLE reading_ = nullptr;
+  HANDLE writing_ = nullptr;
+};
+
 class ClientRun {
  public:
   // Starts at once. `--runtime` is added to the commands that take it.
@@ -18,14 +36,17 @@ class ClientRun {
 
   DWORD pid() const { return process_.pid(); }
   bool IsRunning() const { return process_.IsRunning(); }
-  // Of the ended process.
-  DWORD ExitCode() { return process_.WaitForExitCode(); }
+  // A line on its standard input.
+  void Say(const std::string& line) const { input_.Write(line + "\n"); }
+  // Of the ended process, whose input ends at the latest now.
+  DWORD ExitCode();
   // What it has printed so far on either stream.
   std::string Output() const { return ReadText(output_); }
   std::string Errors() const { return ReadText(output_ + kErrorsEnding); }
 
  private:
   const std::wstring output_;
+  InputPipe input_;
   ServiceProcess process_;
 };
 

@@ -34,13 +34,15 @@ HANDLE InheritableOutput(const std::wstring& path) {
 }  // namespace
 
 ServiceProcess::ServiceProcess(const std::wstring& executable, const std::wstring& arguments,
-                               const Environment& environment, const std::wstring& outputPath)
+                               const Environment& environment, const std::wstring& outputPath,
+                               HANDLE input)
     : job_(KillOnCloseJob()) {
   Apply(kNeutral);
   Apply(environment);
   STARTUPINFOW startup{};
   startup.cb = sizeof(startup);
   startup.dwFlags = STARTF_USESTDHANDLES;
+  startup.hStdInput = input;
   startup.hStdOutput = InheritableOutput(outputPath);
   startup.hStdError = InheritableOutput(outputPath + kErrorsEnding);
   PROCESS_INFORMATION started{};

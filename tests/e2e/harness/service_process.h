@@ -21,8 +21,10 @@ class ServiceProcess {
   // `arguments` is the command line behind the quoted path of the executable. What the process
   // prints goes to `outputPath`, and to the same with `kErrorsEnding` what goes to the error
   // stream.
+  // `input` is an inheritable handle for its standard input, or null.
   ServiceProcess(const std::wstring& executable, const std::wstring& arguments,
-                 const Environment& environment, const std::wstring& outputPath);
+                 const Environment& environment, const std::wstring& outputPath,
+                 HANDLE input = nullptr);
   ~ServiceProcess();
   ServiceProcess(const ServiceProcess&) = delete;
   ServiceProcess& operator=(const ServiceProcess&) = delete;

@@ -9,6 +9,7 @@
 #include <win/crt.h>
 #include <win/terminal.h>
 #include <win/time.h>
+#include <win/user.h>
 #include <win/version.h>
 
 #endif  // TAVRIN_TESTS_SIM_INCLUDE_WINDOWS_H_

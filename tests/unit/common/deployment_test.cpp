@@ -4,6 +4,7 @@
 #include <iterator>
 #include <string>
 #include <thread>
+#include <vector>
 
 #include "src/common/deployment.h"
 #include "src/common/mutex.h"
@@ -17,17 +18,19 @@ TEST(Deployment, DefaultNodeAddressIsAnIpv4Literal) {
   EXPECT_TRUE(IsIpv4Literal(kDefaultNodeAddress));
 }
 
-TEST(Deployment, SevenDomainsStayOnTheProxy) {
-  EXPECT_EQ(std::size(kProxyDomains), 7u);
+TEST(Deployment, TheseSevenDomainsStayOnTheProxyInThisOrder) {
+  EXPECT_EQ(std::vector<std::string>(std::begin(kProxyDomains), std::end(kProxyDomains)),
+            (std::vector<std::string>{"google.com", "anthropic.com", "claude.ai", "claude.com",
+                                      "cursor.com", "cursor.sh", "cursorapi.com"}));
 }
 
-TEST(Deployment, DomainsNeedNoEscaping) {
-  for (const std::string domain : kProxyDomains) {
-    SCOPED_TRACE(domain);
-    EXPECT_EQ(domain.find_first_not_of("abcdefghijklmnopqrstuvwxyz0123456789-."),
-              std::string::npos);
-  }
+TEST(Deployment, PanelDomainAndNotificationAddressAreForDocumentation) {
   EXPECT_STREQ(kPanelDomain, "panel.example");
+  EXPECT_STREQ(kPaymentNotifyUrl, L"https://api.panel.example");
+}
+
+TEST(Deployment, TheVersionIsThatOfTheProject) {
+  EXPECT_STREQ(kProductVersion, L"0.1.0");
 }
 
 TEST(SocksPort, Is17593) {

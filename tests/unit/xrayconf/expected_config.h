@@ -73,7 +73,7 @@ inline constexpr char kExpected[] = R"json({
       { "type": "field", "ip": ["255.255.255.255/32", "224.0.0.0/4", "169.254.0.0/16"], "outboundTag": "block" },
       { "type": "field", "ip": ["::/0"], "outboundTag": "block" },
       { "type": "field", "network": "udp", "port": "443", "outboundTag": "block" },
-      { "type": "field", "domain": ["geosite:google", "domain:search.example", "domain:maker.example", "domain:assistant-ai.example", "domain:assistant-com.example", "domain:editor-com.example", "domain:editor-sh.example", "domain:api.editor-com.example"], "outboundTag": "proxy" },
+      { "type": "field", "domain": ["geosite:google", "domain:google.com", "domain:anthropic.com", "domain:claude.ai", "domain:claude.com", "domain:cursor.com", "domain:cursor.sh", "domain:cursorapi.com"], "outboundTag": "proxy" },
       { "type": "field", "ip": ["geoip:private"], "outboundTag": "direct" },
       { "type": "field", "ip": ["223.5.5.5", "223.6.6.6", "119.29.29.29", "119.28.28.28", "180.76.76.76"], "outboundTag": "direct" },
       { "type": "field", "domain": ["domain:panel.example"], "outboundTag": "direct" },

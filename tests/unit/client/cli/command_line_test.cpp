@@ -32,6 +32,33 @@ TEST_F(CommandLineTest, OptionsOfTheOtherCommands) {
             L"{\"op\":\"status\"}");
 }
 
+TEST_F(CommandLineTest, OptionsOfTheAccountsCommands) {
+  const CommandLine buy = ParseCommandLine({L"buy", L"标准版", L"month_price", L"--yes"}).line;
+  EXPECT_EQ(buy.plan, L"标准版");
+  EXPECT_EQ(buy.period, L"month_price");
+  EXPECT_TRUE(buy.yes);
+  const CommandLine line =
+      ParseCommandLine({L"register", L"me@mail.example", L"--invite", L"X", L"--password-stdin"})
+          .line;
+  EXPECT_EQ(line.email, L"me@mail.example");
+  EXPECT_EQ(line.inviteCode, L"X");
+  EXPECT_TRUE(line.passwordStdin);
+  const CommandLine order = ParseCommandLine({L"order", L"2026", L"--wait"}).line;
+  EXPECT_EQ(order.tradeNo, L"2026");
+  EXPECT_TRUE(order.wait);
+  EXPECT_EQ(ParseCommandLine({L"referrals", L"--page", L"3"}).line.page, 3u);
+  EXPECT_EQ(ParseCommandLine({L"referrals"}).line.page, 1u);
+}
+
+TEST_F(CommandLineTest, APasswordIsNeverTakenFromTheCommandLine) {
+  for (const wchar_t* command : {L"login", L"register", L"reset-password"}) {
+    EXPECT_EQ(ParseCommandLine({command, L"me@mail.example", L"secret"}).kind, Kind::kWrong);
+    EXPECT_EQ(ParseCommandLine({command, L"me@mail.example", L"--password", L"secret"}).kind,
+              Kind::kWrong);
+    EXPECT_EQ(ParseCommandLine({command}).kind, Kind::kWrong);
+  }
+}
+
 TEST_F(CommandLineTest, WrongLinesSayWhatIsWrong) {
   for (const auto& [arguments, text] :
        std::vector<std::pair<std::vector<std::wstring>, std::wstring>>{
@@ -89,9 +116,9 @@ TEST_F(CommandLineTest, HelpHasTheOptionsAndExamples) {
             L"  the account's nodes\n"
             L"\n"
             L"Options:\n"
-            L"  --latency       measure the time of a TCP connect to each, 2 s at most\n"
-            L"  --json          print one JSON object\n"
-            L"  --runtime DIR   the service's runtime directory, when it is not found by itself\n"
+            L"  --latency         measure the time of a TCP connect to each, 2 s at most\n"
+            L"  --json            print one JSON object\n"
+            L"  --runtime DIR     the service's runtime directory, when it is not found by itself\n"
             L"\n"
             L"With a tunnel up the way leads past it for the running node alone.\n"
             L"\n"
@@ -103,6 +130,41 @@ TEST_F(CommandLineTest, HelpHasTheOptionsAndExamples) {
 
 TEST_F(CommandLineTest, TheVersionIsThatOfThePackage) {
   EXPECT_EQ(ParseCommandLine({L"--version"}).text, L"tavrinctl 0.1.0\n");
+}
+
+TEST_F(CommandLineTest, TheVersionAsJsonHasWhatTheBuildWasGiven) {
+  const ParsedLine parsed = ParseCommandLine({L"--version", L"--json"});
+  EXPECT_EQ(parsed.kind, Kind::kShow);
+  EXPECT_EQ(parsed.text,
+            L"{\n"
+            L"  \"schema\": 1,\n"
+            L"  \"version\": \"0.1.0\",\n"
+            L"  \"panelDomain\": \"panel.example\",\n"
+            L"  \"defaultNodeAddress\": \"203.0.113.10\",\n"
+            L"  \"paymentNotifyUrl\": \"https://api.panel.example\",\n"
+            L"  \"proxyDomains\": [\n"
+            L"    \"google.com\",\n"
+            L"    \"anthropic.com\",\n"
+            L"    \"claude.ai\",\n"
+            L"    \"claude.com\",\n"
+            L"    \"cursor.com\",\n"
+            L"    \"cursor.sh\",\n"
+            L"    \"cursorapi.com\"\n"
+            L"  ]\n"
+            L"}\n");
+}
+
+TEST_F(CommandLineTest, JsonBelongsToTheVersionOrToACommand) {
+  for (const auto& [arguments, text] :
+       std::vector<std::pair<std::vector<std::wstring>, std::wstring>>{
+           {{L"--json"}, L"tavrinctl: --json requires --version\nSee: tavrinctl help\n"},
+           {{L"report", L"a.md", L"--json"},
+            L"tavrinctl: The following argument was not expected: --json\n"
+            L"See: tavrinctl help report\n"}}) {
+    const ParsedLine parsed = ParseCommandLine(arguments);
+    EXPECT_EQ(parsed.kind, Kind::kWrong);
+    EXPECT_EQ(parsed.text, text);
+  }
 }
 
 TEST_F(CommandLineTest, EveryOptionOfTheHelpIsTaken) {
@@ -117,8 +179,10 @@ TEST_F(CommandLineTest, EveryOptionOfTheHelpIsTaken) {
       if (blank != std::string::npos) {
         arguments.emplace_back(L"7");
       }
-      if (arguments[0] == L"report") {
-        arguments.emplace_back(L"file.md");
+      for (const char* wanted : {"EMAIL", "PLAN", "PERIOD", "TRADE_NO", "FILE"}) {
+        if (std::string(command.usage).find(wanted) != std::string::npos) {
+          arguments.emplace_back(L"x");
+        }
       }
       EXPECT_EQ(ParseCommandLine(arguments).kind, Kind::kRun) << command.name << " " << word;
     }

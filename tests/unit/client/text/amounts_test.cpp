@@ -40,5 +40,31 @@ TEST(MillisecondsText, GroupsItsNumber) {
   EXPECT_EQ(MillisecondsText(5004), L"5 004 ms");
 }
 
+TEST(Amounts, Money) {
+  EXPECT_EQ(MoneyText(0), L"¥0.00");
+  EXPECT_EQ(MoneyText(5), L"¥0.05");
+  EXPECT_EQ(MoneyText(1250), L"¥12.50");
+  EXPECT_EQ(MoneyText(-1250), L"-¥12.50");
+  EXPECT_EQ(MoneyText(INT64_MIN), L"-¥92233720368547758.08");
+}
+
+TEST(Amounts, Gigabytes) {
+  EXPECT_EQ(GigabytesText(0), L"0.0 GB");
+  EXPECT_EQ(GigabytesText(-1), L"0.0 GB");
+  EXPECT_EQ(GigabytesText(53'687'091), L"0.1 GB");
+  EXPECT_EQ(GigabytesText(1'073'741'824), L"1.0 GB");
+  EXPECT_EQ(GigabytesText(10'737'418'240), L"10.0 GB");
+  EXPECT_EQ(GigabytesText(214'748'364'800), L"200.0 GB");
+}
+
+TEST(Amounts, ABarIsNeverLongerThanItsWidth) {
+  EXPECT_EQ(BarText(0, 100, 4), L"░░░░");
+  EXPECT_EQ(BarText(50, 100, 4), L"██░░");
+  EXPECT_EQ(BarText(100, 100, 4), L"████");
+  EXPECT_EQ(BarText(101, 100, 4), L"████");
+  EXPECT_EQ(BarText(-1, 100, 4), L"░░░░");
+  EXPECT_EQ(BarText(1, 0, 4), L"░░░░");
+}
+
 }  // namespace
 }  // namespace vpn

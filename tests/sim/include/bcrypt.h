@@ -1,0 +1,6 @@
+#ifndef TAVRIN_TESTS_SIM_INCLUDE_BCRYPT_H_
+#define TAVRIN_TESTS_SIM_INCLUDE_BCRYPT_H_
+
+#include <windows.h>
+
+#endif  // TAVRIN_TESTS_SIM_INCLUDE_BCRYPT_H_
