@@ -5,6 +5,7 @@ import (
 	"encoding/json"
 	"net/netip"
 	"regexp"
+	"strings"
 )
 
 // What a configuration says of its node.
@@ -25,11 +26,11 @@ type configuration struct {
 
 var (
 	uuidForm    = regexp.MustCompile(`^(.{1,30}|[0-9a-fA-F]{8}(-?[0-9a-fA-F]{4}){3}-?[0-9a-fA-F]{12})$`)
-	flowForm    = regexp.MustCompile(`^(xtls-rprx-vision)?$`)
+	flowForm    = regexp.MustCompile(`^(xtls-rprx-vision(-udp443)?)?$`)
 	keyForm     = regexp.MustCompile(`^[A-Za-z0-9_-]{43}$`)
 	shortIdForm = regexp.MustCompile(`^([0-9a-fA-F]{2}){0,8}$`)
-	printForm   = regexp.MustCompile(`^(?i:chrome|firefox|safari|ios|android|edge|random|randomized)?$`)
-	dottedForm  = regexp.MustCompile(`^[0-9]+(\.[0-9]+){3}$`)
+	printForm   = regexp.MustCompile(`^(?i:chrome|firefox|safari|ios|android|edge|360|qq|random|randomized)?$`)
+	literalForm = regexp.MustCompile(`:|^[0-9]*(\.[0-9]*){3}$`)
 )
 
 // damageOf names what is wrong with a generated file by the rules of the operator's document, or gives
@@ -42,7 +43,7 @@ func damageOf(text []byte) string {
 	server := parsed.Outbounds[0].Settings.Vnext[0]
 	reality := parsed.Outbounds[0].StreamSettings.RealitySettings
 	_, notBase64 := base64.RawURLEncoding.DecodeString(reality.PublicKey)
-	_, notAddress := netip.ParseAddr(server.Address)
+	_, notAddress := netip.ParseAddr(strings.Trim(server.Address, "[]"))
 	switch {
 	case server.Port < 0 || server.Port > 65535:
 		return "the port"
@@ -56,7 +57,7 @@ func damageOf(text []byte) string {
 		return "the short id"
 	case !printForm.MatchString(reality.Fingerprint):
 		return "the fingerprint"
-	case dottedForm.MatchString(server.Address) && notAddress != nil:
+	case literalForm.MatchString(server.Address) && notAddress != nil:
 		return "the address"
 	}
 	return ""
