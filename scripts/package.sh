@@ -72,8 +72,9 @@ take_time() {
   export SOURCE_DATE_EPOCH
 }
 
+# Without what an earlier run was given.
 build() {
-  "$root/scripts/build.sh" package -U 'TAVRIN_*' "${constants[@]}" ||
+  "$root/scripts/build.sh" package -U 'TAVRIN_*' -DTAVRIN_TESTS=OFF "${constants[@]}" ||
     give_up "the build has failed; its log is build/package.log"
   build=$root/build/package
   version=$(file_version "$build/TavrinService.exe")
