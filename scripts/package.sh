@@ -10,6 +10,7 @@
 #   --output DIR          another directory than dist
 #   -DNAME=VALUE          a value of cmake/deployment.cmake
 set -euo pipefail
+export TZ=UTC LC_ALL=C  # times and the order of names go into the packages
 root=$(cd "$(dirname "$0")/.." && pwd)
 for part in files msi sign spdx; do
   # shellcheck source=/dev/null

@@ -76,6 +76,6 @@ fill_stage() {
 make_zip() (
   cd "$(dirname "$1")"
   mv "$1" "$3"
-  find "$3" | LC_ALL=C sort | TZ=UTC zip -q -X -9 "$2" -@
+  find "$3" | LC_ALL=C sort | zip -q -X -9 "$2" -@
   mv "$3" "$1"
 )
