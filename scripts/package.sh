@@ -10,6 +10,7 @@
 #   --output DIR          another directory than dist
 #   -DNAME=VALUE          a value of cmake/deployment.cmake
 set -euo pipefail
+export TZ=UTC LC_ALL=C  # times and the order of names go into the packages
 root=$(cd "$(dirname "$0")/.." && pwd)
 for part in files msi sign spdx; do
   # shellcheck source=/dev/null
@@ -72,8 +73,9 @@ take_time() {
   export SOURCE_DATE_EPOCH
 }
 
+# Without what an earlier run was given.
 build() {
-  "$root/scripts/build.sh" package -U 'TAVRIN_*' "${constants[@]}" ||
+  "$root/scripts/build.sh" package -U 'TAVRIN_*' -DTAVRIN_TESTS=OFF "${constants[@]}" ||
     give_up "the build has failed; its log is build/package.log"
   build=$root/build/package
   version=$(file_version "$build/TavrinService.exe")

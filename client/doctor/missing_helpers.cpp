@@ -29,25 +29,24 @@ bool IsMissing(const std::wstring& path) {
 }  // namespace
 
 std::optional<Finding> SeveralMissingHelpers(const Patient& patient) {
-  const std::wstring& runtime = patient.place.runtimeDir;
+  const std::wstring runtime = patient.place.runtimeDir + L"\\";
   std::wstring list;
   int count = 0;
   for (const Helper& helper : kHelpers) {
     const std::wstring name = std::wstring(helper.directory) + L"\\" + helper.name;
-    if (IsMissing(runtime + L"\\" + name)) {
+    if (IsMissing(runtime + name)) {
       list += (list.empty() ? L"" : L", ") + name;
       ++count;
     }
   }
-  if (count > 0 &&
-      FindFileByPattern(runtime + L"\\" + kTun2socksDirectory, kTun2socksPattern).empty()) {
+  if (count > 0 && FindFileByPattern(runtime + kTun2socksDirectory, kTun2socksPattern).empty()) {
     list += std::wstring(L", ") + kTun2socksDirectory + L"\\" + kTun2socksPattern;
     ++count;
   }
   if (count < 2) {
     return std::nullopt;
   }
-  return Problem(L"not in " + runtime + L": " + list, L"put the files there");
+  return Problem(L"not in " + patient.place.runtimeDir + L": " + list, L"put the files there");
 }
 
 }  // namespace vpn

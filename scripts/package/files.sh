@@ -42,12 +42,13 @@ TXT
 
 # The notices of the libraries that are in the executables.
 copy_licences() {
-  local package notice
+  local pair notice
   mkdir "$1/licences"
-  for package in libcli11-dev nlohmann-json3-dev g++-mingw-w64-x86-64-posix mingw-w64-x86-64-dev; do
-    notice=/usr/share/doc/$package/copyright
+  for pair in cli11:libcli11-dev nlohmann-json:nlohmann-json3-dev gcc:g++-mingw-w64-x86-64-posix \
+    mingw-w64:mingw-w64-x86-64-dev; do
+    notice=/usr/share/doc/${pair#*:}/copyright
     [ -e "$notice" ] || give_up "$notice is missing: the packages must hold it"
-    cp -L "$notice" "$1/licences/$package.txt"
+    cp -L "$notice" "$1/licences/${pair%%:*}.txt"
   done
 }
 
@@ -75,6 +76,6 @@ fill_stage() {
 make_zip() (
   cd "$(dirname "$1")"
   mv "$1" "$3"
-  find "$3" | LC_ALL=C sort | TZ=UTC zip -q -X -9 "$2" -@
+  find "$3" | LC_ALL=C sort | zip -q -X -9 "$2" -@
   mv "$3" "$1"
 )

@@ -76,7 +76,7 @@ make_msi() (
     -e "/@files@/{r $work/files.xml" -e 'd}' -e "/@components@/{r $components" -e 'd}' \
     "$root/packaging/tavrin.wxs.in" >"$work/tavrin.wxs"
   cp "$work/tavrin.wxs" .
-  TZ=UTC wixl --arch x64 --output "$2" tavrin.wxs
+  wixl --arch x64 --output "$2" tavrin.wxs
   rm tavrin.wxs
   { sed "s/@version@/$3/" "$root/packaging/tables.sql"; version_statements; } | while IFS= read -r statement; do
     msibuild "$2" -q "$statement" || { echo "in: $statement" && exit 1; }

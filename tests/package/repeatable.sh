@@ -9,14 +9,14 @@ rm -rf "$1"
 mkdir -p "$1"
 directory=$(cd "$1" && pwd)
 
-# make_package CLONE: without ccache, which could give the second one what it has from the first one.
+# make_package CLONE ZONE: without ccache, which could give the second one what it has from the first one.
 make_package() {
-  git clone -q "$root" "$1"
   CCACHE_DISABLE=1 TZ=$2 "$1/scripts/package.sh"
 }
 
 first=$directory/clone second=$directory/another/much-longer-name
-mkdir "$directory/another"
+git clone -q "$root" "$first"
+git clone -q "$first" "$second"  # the same commit, whatever is committed meanwhile
 succeeds 'the first clone' make_package "$first" UTC
 sleep 2  # the times of the files differ, in the steps of a zip too
 umask 027
