@@ -1,5 +1,9 @@
 // The account's commands of the client against a living panel, over TLS: what a user does from the
 // first day to the last, and what a panel that fails costs.
+#include <windows.h>
+#include <aclapi.h>
+#include <sddl.h>
+
 #include "tests/e2e/harness/client_run.h"
 #include "tests/e2e/harness/waiting.h"
 #include "tests/e2e/panel/service/panel_service_test.h"
@@ -233,10 +237,31 @@ TEST_F(PanelAccount, APanelThatFailsCostsNoSession) {
   EXPECT_EQ(Session(), before);
 }
 
+std::string AccessListOf(const std::wstring& path) {
+  PSECURITY_DESCRIPTOR descriptor = nullptr;
+  LPWSTR text = nullptr;
+  std::wstring name = path;
+  EXPECT_EQ(GetNamedSecurityInfoW(name.data(), SE_FILE_OBJECT, DACL_SECURITY_INFORMATION, nullptr,
+                                  nullptr, nullptr, nullptr, &descriptor),
+            DWORD{ERROR_SUCCESS});
+  EXPECT_NE(ConvertSecurityDescriptorToStringSecurityDescriptorW(
+                descriptor, SDDL_REVISION_1, DACL_SECURITY_INFORMATION, &text, nullptr),
+            FALSE);
+  std::string list = standins::ToUtf8(text);
+  LocalFree(text);
+  LocalFree(descriptor);
+  return list;
+}
+
 TEST_F(PanelAccount, TheDevicesIdentityIsForTheUserAndTheSystem) {
   Run("device", 0);
   const std::string identity = ReadText(box.runtime() + L"\\device.id");
   EXPECT_EQ(identity.size(), 32u);
+  // Others may read the panel's file, and not this one.
+  EXPECT_NE(AccessListOf(box.runtime() + L"\\panel.json").find(";;;WD)"), std::string::npos);
+  const std::string list = AccessListOf(box.runtime() + L"\\device.id");
+  EXPECT_EQ(list.find(";;;WD)"), std::string::npos) << list;
+  EXPECT_NE(list.find("(A;;FA;;;S-1-5-21-"), std::string::npos) << list;
   EXPECT_EQ(panel.User()["devices"], Json({identity}));
   EXPECT_EQ(Run("device", 0).find(identity), std::string::npos);
 }
