@@ -3,6 +3,7 @@
 #include <windows.h>
 #include <share.h>
 
+#include <algorithm>
 #include <cstdio>
 
 #include "src/common/environment.h"
@@ -11,13 +12,18 @@
 namespace vpn {
 namespace {
 
-// Fewer bytes when the file ends before.
-bool ReadPart(std::FILE* file, std::uint64_t from, std::uint64_t count, std::string& text) {
-  if (_fseeki64(file, static_cast<long long>(from), SEEK_SET) != 0) {
-    return false;
+// Fills `text`, whose size says how much is wanted; it gets shorter when the file ends before. The
+// file is open for nothing but the reading.
+bool ReadPart(const std::wstring& path, std::uint64_t from, std::string& text) {
+  size_t count = 0;
+  {
+    const UniqueFile file(_wfsopen(path.c_str(), L"rb", _SH_DENYNO));
+    if (!file || _fseeki64(file.get(), static_cast<long long>(from), SEEK_SET) != 0) {
+      return false;
+    }
+    count = std::fread(text.data(), 1, text.size(), file.get());
   }
-  text.assign(static_cast<size_t>(count), '\0');
-  text.resize(std::fread(text.data(), 1, text.size(), file));
+  text.resize(count);
   return true;
 }
 
@@ -47,8 +53,8 @@ bool ReadFileFrom(const std::wstring& path, std::uint64_t from, std::uint64_t li
     return false;
   }
   const std::uint64_t count = size > from ? size - from : 0;
-  const UniqueFile file(_wfsopen(path.c_str(), L"rb", _SH_DENYNO));
-  return file && ReadPart(file.get(), from, count < limit ? count : limit, text);
+  text.assign(static_cast<size_t>(std::min(count, limit)), '\0');
+  return ReadPart(path, from, text);
 }
 
 bool ReadFileTail(const std::wstring& path, std::uint64_t limit, FileTail& tail) {
@@ -66,6 +72,17 @@ bool ReadFileTail(const std::wstring& path, std::uint64_t limit, FileTail& tail)
     tail.text.erase(0, feed == std::string::npos ? tail.text.size() : feed + 1);
   }
   return true;
+}
+
+bool ReadFileEnd(const std::wstring& path, std::uint64_t before, std::uint64_t limit,
+                 std::string& text) {
+  std::uint64_t size = 0;
+  if (!FileSize(path, size)) {
+    return false;
+  }
+  const std::uint64_t appendedAt = size < before ? 0 : before;
+  const std::uint64_t from = size > limit ? size - limit : 0;
+  return ReadFileFrom(path, std::max(appendedAt, from), limit, text);
 }
 
 }  // namespace vpn

@@ -1,5 +1,7 @@
 #include <windows.h>
 
+#include <algorithm>
+
 #include "tests/unit/client/client_test.h"
 
 namespace vpn {
@@ -50,6 +52,23 @@ TEST_F(ConnectTest, EachStepIsShownAsTheTraceGrows) {
                           "Connected in 0.62 s.",
                           "",
                       }));
+}
+
+TEST_F(ConnectTest, TheTraceIsNotOpenedWhileSomebodyElseIsServed) {
+  machine.files.Put(unit::kTrace, unit::RecordedConnect());
+  ScriptedService service(machine);
+  service.IsBusyFor(1000);
+  service.RepliesAfter(1100, unit::kUpReply);
+  const auto opened = [this] {
+    const std::vector<std::string> files = machine.calls.TextsOf("_wfsopen");
+    return std::count(files.begin(), files.end(),
+                      "\"C:\\Program Files\\Tavrin\\connect-timing.log\", \"rb\", 64");
+  };
+  std::ptrdiff_t before = -1;
+  machine.clock.After(990, [&] { before = opened(); });
+  EXPECT_EQ(Run({L"connect"}), 0);
+  EXPECT_EQ(before, 0);
+  EXPECT_EQ(opened(), 2) << "for the medians, and at the end";
 }
 
 TEST_F(ConnectTest, WithoutANodeTheFirstOneIsMeant) {
@@ -112,7 +131,7 @@ TEST_F(ConnectTest, TheStepThatFailedIsMarkedAndXraysWordsFollow) {
   EXPECT_EQ(Run({L"connect"}), 1);
   const std::vector<std::string> screen = Screen();
   ASSERT_GT(screen.size(), 8u);
-  EXPECT_EQ(screen[5], "  ✗ Xray listening                5 003 ms");
+  EXPECT_EQ(screen[5], "  ✗ Xray listening                5 013 ms");
   EXPECT_EQ(screen[6], "连接核心无法启动，请换一条线路或重新登录后再试。");
   EXPECT_EQ(screen[7], "  Xray's own words (xray-error.log): failed to read server hello");
   EXPECT_EQ(

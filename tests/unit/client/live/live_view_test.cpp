@@ -9,13 +9,16 @@ const std::vector<std::int64_t> kMedians = {0, 8, 14, -1, 1, 140, 115, 12, 16, 1
 
 class LiveViewTest : public unit::ClientTest {
  protected:
-  void SetUp() override { UseTerminal(); }
+  void SetUp() override {
+    UseTerminal();
+    view.expect(kMedians);
+  }
 
   static std::wstring Detail(size_t step) { return step == 2 ? L"以太网 via 192.168.1.1" : L""; }
   // The screen after a look at the first `count` lines of the recorded connect.
   std::vector<std::string> After(size_t count, std::uint64_t now) {
     const TraceText trace = ParseTrace(unit::RecordedLines(count));
-    view.update(trace.connects.empty() ? nullptr : &trace.connects.back(), now);
+    view.update(trace.connects.empty() ? nullptr : &trace.connects.back(), now, now);
     return machine.console.terminal.Lines();
   }
   std::vector<std::string> Finished(size_t count, std::uint64_t now, bool failed, bool inChecks) {
@@ -28,7 +31,7 @@ class LiveViewTest : public unit::ClientTest {
   std::unique_ptr<Output> made =
       (machine.console.isTerminal = true, machine.console.terminal.columns = 100,
        std::make_unique<Output>(STD_OUTPUT_HANDLE));
-  LiveView view{*made, kMedians, Detail};
+  LiveView view{*made, Detail};
 };
 
 TEST_F(LiveViewTest, BeforeTheFirstMarkTheAccountIsBeingFetched) {
@@ -92,7 +95,7 @@ TEST_F(LiveViewTest, ANameServerThatCouldNotBeSetIsARemark) {
   const TraceText trace = ParseTrace(unit::RecordedLines(9) +
                                      "set tun dns (api fail)       +    4ms  total   287ms\r\n"
                                      "tun ipv4 ready               +    2ms  total   289ms\r\n");
-  view.update(&trace.connects[0], 300);
+  view.update(&trace.connects[0], 300, 300);
   EXPECT_EQ(machine.console.terminal.Lines().at(6),
             "  ! address, name server, IPv4       12 ms   the name server could not be set");
 }

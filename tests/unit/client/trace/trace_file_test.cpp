@@ -54,11 +54,14 @@ TEST_F(TraceFileTest, AWatchSeesOnlyWhatIsNew) {
   watch.begin();
   EXPECT_EQ(watch.connect(), nullptr);
   machine.files.Put(unit::kTrace, unit::RecordedConnect() + unit::RecordedLines(3));
-  watch.look();
-  EXPECT_EQ(watch.connect(), nullptr) << "read while it may still grow";
-  watch.look();
+  for (int at = 0; at < 5; ++at) {
+    watch.look(10 + static_cast<std::uint64_t>(at));
+    EXPECT_EQ(watch.connect(), nullptr) << "read while it may still grow, at look " << at;
+  }
+  watch.look(0);
   ASSERT_NE(watch.connect(), nullptr);
   EXPECT_EQ(watch.connect()->marks.size(), 3u);
+  EXPECT_EQ(watch.grownAt(), 10u) << "and not when it was read";
 }
 
 TEST_F(TraceFileTest, AWatchOpensTheFileOnlyAfterItHasGrown) {
@@ -66,9 +69,25 @@ TEST_F(TraceFileTest, AWatchOpensTheFileOnlyAfterItHasGrown) {
   TraceWatch watch(unit::kTrace);
   watch.begin();
   for (int at = 0; at < 10; ++at) {
-    watch.look();
+    watch.look(0);
   }
   EXPECT_EQ(machine.calls.Count("_wfsopen"), 0u);
+}
+
+TEST_F(TraceFileTest, AFileThatGoesOnGrowingIsNotOpened) {
+  TraceWatch watch(unit::kTrace);
+  watch.begin();
+  for (size_t lines = 1; lines <= 13; ++lines) {
+    machine.files.Put(unit::kTrace, unit::RecordedLines(lines));
+    for (int at = 0; at < 5; ++at) {
+      watch.look(0);
+    }
+  }
+  EXPECT_EQ(machine.calls.Count("_wfsopen"), 0u);
+  watch.look(0);
+  EXPECT_EQ(machine.calls.Count("_wfsopen"), 1u);
+  watch.look(0);
+  EXPECT_EQ(machine.calls.Count("_wfsopen"), 1u) << "it has not grown since";
 }
 
 TEST_F(TraceFileTest, AFileThatIsMadeAnewIsReadFromItsStart) {
@@ -84,7 +103,7 @@ TEST_F(TraceFileTest, AFileThatIsMadeAnewIsReadFromItsStart) {
 TEST_F(TraceFileTest, AWatchOfNoFileSeesNothing) {
   TraceWatch watch(unit::kTrace);
   watch.begin();
-  watch.look();
+  watch.look(0);
   watch.readNow();
   EXPECT_EQ(watch.connect(), nullptr);
 }
