@@ -81,7 +81,7 @@ ParsedLine Wrong(const std::wstring& text, const std::string& command) {
   const std::wstring more = command.empty() ? L"" : L" " + Utf8ToWide(command);
   return {ParsedLine::Kind::kWrong,
           {},
-          L"tavrinctl: " + text + L"\nSee: tavrinctl help" + more + L"\n"};
+          L"tavrinctl: " + text + L"\n" + UsageText(command) + L"See: tavrinctl help" + more + L"\n"};
 }
 
 ParsedLine HelpAbout(const std::string& topic) {

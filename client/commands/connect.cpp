@@ -6,6 +6,7 @@
 #include "client/commands/connect_outcome.h"
 #include "client/live/live_view.h"
 #include "client/text/display_width.h"
+#include "client/trace/medians.h"
 #include "client/trace/trace_file.h"
 #include "client/trace/trace_watch.h"
 #include "src/net/physical_route.h"

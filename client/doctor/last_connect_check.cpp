@@ -3,7 +3,7 @@
 
 #include "client/doctor/checks.h"
 #include "client/text/amounts.h"
-#include "client/trace/steps.h"
+#include "client/trace/medians.h"
 #include "client/trace/trace_file.h"
 
 namespace vpn {

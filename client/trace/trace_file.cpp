@@ -1,6 +1,5 @@
 #include "client/trace/trace_file.h"
 
-#include <windows.h>
 #include <share.h>
 
 #include <algorithm>
@@ -21,10 +20,16 @@ bool ReadPart(const std::wstring& path, std::uint64_t from, std::string& text) {
     if (!file || _fseeki64(file.get(), static_cast<long long>(from), SEEK_SET) != 0) {
       return false;
     }
+    (void)std::setvbuf(file.get(), nullptr, _IONBF, 0);  // no byte more than is wanted
     count = std::fread(text.data(), 1, text.size(), file.get());
   }
   text.resize(count);
   return true;
+}
+
+bool FileFacts(const std::wstring& path, WIN32_FILE_ATTRIBUTE_DATA& facts) {
+  return GetFileAttributesExW(path.c_str(), GetFileExInfoStandard, &facts) != FALSE &&
+         (facts.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) == 0;
 }
 
 }  // namespace
@@ -37,12 +42,20 @@ std::wstring TracePath(const std::wstring& serviceDirectory) {
 }
 
 bool FileSize(const std::wstring& path, std::uint64_t& size) {
-  WIN32_FILE_ATTRIBUTE_DATA data = {};
-  if (GetFileAttributesExW(path.c_str(), GetFileExInfoStandard, &data) == FALSE ||
-      (data.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0) {
+  WIN32_FILE_ATTRIBUTE_DATA facts = {};
+  if (!FileFacts(path, facts)) {
     return false;
   }
-  size = static_cast<std::uint64_t>(data.nFileSizeHigh) << 32 | data.nFileSizeLow;
+  size = static_cast<std::uint64_t>(facts.nFileSizeHigh) << 32 | facts.nFileSizeLow;
+  return true;
+}
+
+bool LastWrite(const std::wstring& path, FILETIME& moment) {
+  WIN32_FILE_ATTRIBUTE_DATA facts = {};
+  if (!FileFacts(path, facts)) {
+    return false;
+  }
+  moment = facts.ftLastWriteTime;
   return true;
 }
 

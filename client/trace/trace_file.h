@@ -2,6 +2,8 @@
 #ifndef TAVRIN_CLIENT_TRACE_TRACE_FILE_H_
 #define TAVRIN_CLIENT_TRACE_TRACE_FILE_H_
 
+#include <windows.h>
+
 #include <cstdint>
 #include <string>
 
@@ -30,8 +32,9 @@ bool ReadFileFrom(const std::wstring& path, std::uint64_t from, std::uint64_t li
 bool ReadFileEnd(const std::wstring& path, std::uint64_t before, std::uint64_t limit,
                  std::string& text);
 
-// Without opening the file's content. False when there is none.
+// Both without opening the file's content. False when there is none.
 bool FileSize(const std::wstring& path, std::uint64_t& size);
+bool LastWrite(const std::wstring& path, FILETIME& moment);
 
 inline constexpr std::uint64_t kTraceLimit = 1 << 20;  // about 1500 connects
 

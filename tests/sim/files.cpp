@@ -78,6 +78,11 @@ std::optional<std::string> Files::Read(const std::wstring& path) const {
   return node && !node->directory ? std::optional(node->content) : std::nullopt;
 }
 
+std::uint64_t Files::BytesRead(const std::wstring& path) const {
+  const MachineLock lock = core_.Lock();
+  return Find(path)->bytesRead;
+}
+
 std::vector<std::string> Files::List(const std::wstring& directory) const {
   const MachineLock lock = core_.Lock();
   std::vector<std::string> paths;
@@ -113,6 +118,11 @@ void Files::SetWritesFail(const std::wstring& path, bool fail) {
 void Files::SetAccessList(const std::wstring& path, const std::string& sddl) {
   const MachineLock lock = core_.Lock();
   Find(path)->accessList = sddl;
+}
+
+void Files::SetLastWrite(const std::wstring& path, std::int64_t unixMilliseconds) {
+  const MachineLock lock = core_.Lock();
+  Find(path)->lastWrite = unixMilliseconds;
 }
 
 void Files::SetVersion(const std::wstring& path, const std::string& version) {
@@ -151,6 +161,17 @@ std::uint32_t Files::Delete(const std::wstring& path) {
     return ERROR_SHARING_VIOLATION;
   }
   Remove(path);
+  return 0;
+}
+
+std::uint32_t Files::Rename(const std::wstring& from, const std::wstring& to) {
+  const MachineLock lock = core_.Lock();
+  const std::shared_ptr<FileNode> node = Find(from);
+  const std::uint32_t error = Exists(to) ? Delete(to) : 0;
+  if (!node || error != 0) {
+    return node ? error : ERROR_FILE_NOT_FOUND;
+  }
+  node->path = Absolute(to);
   return 0;
 }
 

@@ -22,6 +22,8 @@ struct FileNode {
   std::string content;
   std::string accessList;  // in SDDL; empty: what C:\\Program Files has
   std::string version;     // "0.1.0", of an executable with a version resource
+  std::int64_t lastWrite = 0;  // milliseconds since 1970, UTC
+  std::uint64_t bytesRead = 0;  // by streams
   // What this machine's own streams have open: each read, write and share right counts.
   int readers = 0;
   int writers = 0;
@@ -42,12 +44,14 @@ class Files {
   void Remove(const std::wstring& path);  // a directory with everything in it
   bool Exists(const std::wstring& path) const;
   std::optional<std::string> Read(const std::wstring& path) const;
+  std::uint64_t BytesRead(const std::wstring& path) const;  // by the product, with streams
   // Names (full paths, UTF-8) of every file below a directory, sorted.
   std::vector<std::string> List(const std::wstring& directory) const;
   void SetLocked(const std::wstring& path, bool locked);
   void SetRangeLocked(const std::wstring& path, bool locked);  // by another program
   void SetReadOnly(const std::wstring& path, bool readOnly);
   void SetAccessList(const std::wstring& path, const std::string& sddl);
+  void SetLastWrite(const std::wstring& path, std::int64_t unixMilliseconds);
   void SetVersion(const std::wstring& path, const std::string& version);
   void SetWritesFail(const std::wstring& path, bool fail);
 
@@ -59,6 +63,7 @@ class Files {
   std::shared_ptr<FileNode> Find(const std::wstring& path) const;
   // Win32 codes; 0 for success.
   std::uint32_t Delete(const std::wstring& path);
+  std::uint32_t Rename(const std::wstring& from, const std::wstring& to);  // over what is there
   std::vector<std::shared_ptr<FileNode>> Match(const std::wstring& pattern) const;
   // errno codes; 0 for success. Makes the file when it is missing and `create` is set.
   int Open(const std::wstring& path, bool create, std::shared_ptr<FileNode>* node);

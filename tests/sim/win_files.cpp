@@ -1,5 +1,6 @@
 // Files by name, paths, the environment.
 #include "tests/sim/call.h"
+#include "tests/sim/file_time.h"
 #include "tests/sim/path.h"
 #include "tests/sim/text.h"
 
@@ -94,6 +95,17 @@ BOOL DeleteFileW(LPCWSTR name) {
   return error == 0 ? TRUE : call.Fail(FALSE, error);
 }
 
+BOOL MoveFileExW(LPCWSTR from, LPCWSTR to, DWORD flags) {
+  Call call("MoveFileExW", {from, to, flags});
+  if (call.failed()) {
+    return call.Fail(FALSE);
+  }
+  const bool replaces = (flags & MOVEFILE_REPLACE_EXISTING) != 0;
+  const DWORD error = !replaces && call->files.Exists(to) ? DWORD{ERROR_ALREADY_EXISTS}
+                                                          : call->files.Rename(from, to);
+  return error == 0 ? TRUE : call.Fail(FALSE, error);
+}
+
 DWORD GetFileAttributesW(LPCWSTR name) {
   Call call("GetFileAttributesW", {name});
   if (call.failed()) {
@@ -123,6 +135,7 @@ BOOL GetFileAttributesExW(LPCWSTR name, GET_FILEEX_INFO_LEVELS /*level*/, LPVOID
   *found = {};
   found->dwFileAttributes = AttributesOf(*node);
   found->nFileSizeLow = static_cast<DWORD>(node->content.size());
+  found->ftLastWriteTime = sim::FileTimeOf(node->lastWrite);
   return TRUE;
 }
 
