@@ -2,8 +2,8 @@
 
 #include "client/commands/commands.h"
 #include "client/exit_codes.h"
-#include "client/files/save_file.h"
 #include "client/json/json_text.h"
+#include "client/report/whole_file.h"
 #include "client/service/presence.h"
 #include "client/text/amounts.h"
 #include "client/trace/trace_file.h"
@@ -94,7 +94,7 @@ int TellNothing(const ReadTrace& trace, Screen& screen) {
 int WritePage(const ReadTrace& trace, size_t first, const CommandLine& line, Screen& screen) {
   const std::vector<ConnectTrace> shown(
       trace.text.connects.begin() + static_cast<std::ptrdiff_t>(first), trace.text.connects.end());
-  if (!SaveFile(line.file, TracePage(shown))) {
+  if (!WriteWholeFile(line.file, TracePage(shown))) {
     screen.err.line(L"The page can't be written: " + line.file);
     screen.err.line(L"  What to do: name a file in a directory of your own, on a disk with room.");
     return kExitRefused;

@@ -37,6 +37,7 @@ BOOL WINAPI HandleEvent(DWORD event) {
 }  // namespace
 
 InterruptGuard::InterruptGuard() {
+  g_watches = 0;
   // Without it, Ctrl+C ends the program all the same, with the platform's own exit code.
   (void)SetConsoleCtrlHandler(HandleEvent, TRUE);
 }

@@ -5,8 +5,6 @@
 #include <iterator>
 #include <string_view>
 
-#include "src/common/text.h"
-
 namespace vpn {
 namespace {
 
@@ -117,7 +115,8 @@ size_t LongestStep(const std::vector<Step>& steps) {
 std::wstring UnknownMarksText(const StepList& steps) {
   std::wstring text;
   for (const std::string& label : steps.unknown) {
-    text += (text.empty() ? L"not known to this version: " : L", ") + Utf8ToWide(label);
+    text += (text.empty() ? L"not known to this version: " : L", ") +
+            std::wstring(label.begin(), label.end());  // ASCII
   }
   return text;
 }

@@ -17,10 +17,10 @@ bool ReadPart(const std::wstring& path, std::uint64_t from, std::string& text) {
   size_t count = 0;
   {
     const UniqueFile file(_wfsopen(path.c_str(), L"rb", _SH_DENYNO));
-    if (!file || _fseeki64(file.get(), static_cast<long long>(from), SEEK_SET) != 0) {
+    if (!file || std::setvbuf(file.get(), nullptr, _IONBF, 0) != 0 ||  // no byte more than is wanted
+        _fseeki64(file.get(), static_cast<long long>(from), SEEK_SET) != 0) {
       return false;
     }
-    (void)std::setvbuf(file.get(), nullptr, _IONBF, 0);  // no byte more than is wanted
     count = std::fread(text.data(), 1, text.size(), file.get());
   }
   text.resize(count);

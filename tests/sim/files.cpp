@@ -164,17 +164,6 @@ std::uint32_t Files::Delete(const std::wstring& path) {
   return 0;
 }
 
-std::uint32_t Files::Rename(const std::wstring& from, const std::wstring& to) {
-  const MachineLock lock = core_.Lock();
-  const std::shared_ptr<FileNode> node = Find(from);
-  const std::uint32_t error = Exists(to) ? Delete(to) : 0;
-  if (!node || error != 0) {
-    return node ? error : ERROR_FILE_NOT_FOUND;
-  }
-  node->path = Absolute(to);
-  return 0;
-}
-
 std::vector<std::shared_ptr<FileNode>> Files::Match(const std::wstring& pattern) const {
   const MachineLock lock = core_.Lock();
   const std::wstring full = Absolute(pattern);

@@ -63,7 +63,6 @@ class Files {
   std::shared_ptr<FileNode> Find(const std::wstring& path) const;
   // Win32 codes; 0 for success.
   std::uint32_t Delete(const std::wstring& path);
-  std::uint32_t Rename(const std::wstring& from, const std::wstring& to);  // over what is there
   std::vector<std::shared_ptr<FileNode>> Match(const std::wstring& pattern) const;
   // errno codes; 0 for success. Makes the file when it is missing and `create` is set.
   int Open(const std::wstring& path, bool create, std::shared_ptr<FileNode>* node);

@@ -95,17 +95,6 @@ BOOL DeleteFileW(LPCWSTR name) {
   return error == 0 ? TRUE : call.Fail(FALSE, error);
 }
 
-BOOL MoveFileExW(LPCWSTR from, LPCWSTR to, DWORD flags) {
-  Call call("MoveFileExW", {from, to, flags});
-  if (call.failed()) {
-    return call.Fail(FALSE);
-  }
-  const bool replaces = (flags & MOVEFILE_REPLACE_EXISTING) != 0;
-  const DWORD error = !replaces && call->files.Exists(to) ? DWORD{ERROR_ALREADY_EXISTS}
-                                                          : call->files.Rename(from, to);
-  return error == 0 ? TRUE : call.Fail(FALSE, error);
-}
-
 DWORD GetFileAttributesW(LPCWSTR name) {
   Call call("GetFileAttributesW", {name});
   if (call.failed()) {

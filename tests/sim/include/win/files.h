@@ -67,8 +67,6 @@ BOOL LockFileEx(HANDLE file, DWORD flags, DWORD reserved, DWORD countLow, DWORD 
                 OVERLAPPED* place);
 BOOL UnlockFileEx(HANDLE file, DWORD reserved, DWORD countLow, DWORD countHigh, OVERLAPPED* place);
 BOOL DeleteFileW(LPCWSTR name);
-#define MOVEFILE_REPLACE_EXISTING 0x00000001u
-BOOL MoveFileExW(LPCWSTR from, LPCWSTR to, DWORD flags);
 DWORD GetFileAttributesW(LPCWSTR name);
 struct WIN32_FILE_ATTRIBUTE_DATA {
   DWORD dwFileAttributes;

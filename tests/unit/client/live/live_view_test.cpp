@@ -50,6 +50,25 @@ TEST_F(LiveViewTest, StepsStayAndTheNextOneMoves) {
   EXPECT_EQ(machine.console.terminal.ColourOf(L"✓"), 0x0A);
 }
 
+TEST_F(LiveViewTest, ALostLineHidesNothingBehindIt) {
+  const TraceText trace = ParseTrace(unit::RecordedLines(5) +
+                                     "spawn tun2socks              +    2ms  total   164ms\r\n"
+                                     "wintun adapter up            +  113ms  total   277ms\r\n");
+  view.update(&trace.connects[0], 300, 300);
+  const std::vector<std::string> screen = machine.console.terminal.Lines();
+  ASSERT_EQ(screen.size(), 7u);
+  EXPECT_EQ(screen[4], "  ✓ Xray listening                    3 ms");
+  EXPECT_EQ(screen[5], "  ✓ adapter up                      251 ms");
+  EXPECT_EQ(screen[6], "  ⠸ address and name server being set …");
+}
+
+TEST_F(LiveViewTest, WithoutEarlierConnectsThereIsNoEstimate) {
+  LiveView fresh(*made, Detail);
+  const TraceText trace = ParseTrace(unit::RecordedLines(5));
+  fresh.update(&trace.connects[0], 0, 0);
+  EXPECT_EQ(machine.console.terminal.Lines().back(), "  ⠋ Xray being started …");
+}
+
 TEST_F(LiveViewTest, AnEstimateOfASecondIsRoundedToATenth) {
   EXPECT_EQ(After(12, 400).back(), "  ⠴ IPv6 being blocked …               (about 1 300 ms)");
 }

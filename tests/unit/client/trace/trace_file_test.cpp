@@ -29,6 +29,30 @@ TEST_F(TraceFileTest, OfALargeFileOnlyWholeLinesOfTheEndAreRead) {
   ASSERT_TRUE(ReadFileTail(unit::kTrace, 12, tail));
   EXPECT_EQ(tail.text, "last\n");
   EXPECT_TRUE(tail.isCut);
+  EXPECT_EQ(machine.files.BytesRead(unit::kTrace), 12u);
+}
+
+TEST_F(TraceFileTest, TheEndOfWhatWasAppendedIsRead) {
+  machine.files.Put(unit::kTrace, "before\n" + std::string(100, 'x') + "\nlast\n");
+  std::string text;
+  ASSERT_TRUE(ReadFileEnd(unit::kTrace, 7, 200, text));
+  EXPECT_EQ(text, std::string(100, 'x') + "\nlast\n") << "nothing of before";
+  ASSERT_TRUE(ReadFileEnd(unit::kTrace, 7, 6, text));
+  EXPECT_EQ(text, "\nlast\n") << "no more than the limit";
+  ASSERT_TRUE(ReadFileEnd(unit::kTrace, 1000, 200, text));
+  EXPECT_EQ(text.size(), 113u) << "a file that was made anew is read from its start";
+  ASSERT_TRUE(ReadFileEnd(unit::kTrace, 113, 200, text));
+  EXPECT_EQ(text, "");
+  EXPECT_FALSE(ReadFileEnd(L"C:\\missing.log", 0, 200, text));
+}
+
+TEST_F(TraceFileTest, TheLastWriteIsTold) {
+  FILETIME moment = {};
+  EXPECT_FALSE(LastWrite(unit::kTrace, moment));
+  machine.files.Put(unit::kTrace);
+  machine.files.SetLastWrite(unit::kTrace, 1'000'000'000'000);
+  ASSERT_TRUE(LastWrite(unit::kTrace, moment));
+  EXPECT_EQ(moment.dwHighDateTime, 29'440'209u);
 }
 
 TEST_F(TraceFileTest, AnEndWithoutALineFeedGivesNothing) {
