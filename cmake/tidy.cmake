@@ -1,7 +1,10 @@
-# The target `tidy`: clang-tidy over src/, one stamp a file, so that only what changed is looked at.
-file(GLOB_RECURSE tidy_headers CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/src/*.h")
+# The target `tidy`: clang-tidy over src/ and client/, one stamp a file, so that only what changed is
+# looked at.
+file(GLOB_RECURSE tidy_headers CONFIGURE_DEPENDS
+  "${PROJECT_SOURCE_DIR}/src/*.h" "${PROJECT_SOURCE_DIR}/client/*.h")
+file(GLOB_RECURSE tidy_client CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/client/*.cpp")
 set(tidy_stamps "")
-foreach(source IN LISTS TAVRIN_SOURCES)
+foreach(source IN LISTS TAVRIN_SOURCES tidy_client)
   file(RELATIVE_PATH name "${PROJECT_SOURCE_DIR}" "${source}")
   set(stamp "${PROJECT_BINARY_DIR}/tidy/${name}.ok")
   get_filename_component(stamp_directory "${stamp}" DIRECTORY)

@@ -23,7 +23,7 @@ lay_out() {
   cp "$build/standins/xray.exe" "$box/runtime/xray/"
   cp "$build/standins/tun2socks-windows-amd64.exe" "$box/runtime/tun2socks/"
   for name in tun2socks/wintun.dll xray/geoip.dat xray/geosite.dat; do
-    echo "no such file, the stand-ins need none" >"$box/runtime/$name"
+    echo "MZ: no such file, the stand-ins need none" >"$box/runtime/$name"
   done
   cat >"$box/runtime/account.json" <<'JSON'
 {

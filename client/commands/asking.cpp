@@ -10,11 +10,16 @@
 namespace vpn {
 namespace {
 
-constexpr std::uint64_t kWorthTelling = 500;    // milliseconds of being busy
-constexpr std::uint64_t kReplyLimit = 60'000;   // milliseconds; a stop is bounded by half of them
+constexpr std::uint64_t kWorthTelling = 500;   // milliseconds of being busy
+constexpr std::uint64_t kReplyLimit = 60'000;  // milliseconds; a stop is bounded by half of them
 
 NoReply DescribeAbsence() {
   const InstalledService installed = FindInstalledService();
+  if (!installed.isReadable) {
+    return {"absent",
+            L"The service is not running, and the service manager tells nothing about it.",
+            L"run this with administrator's rights"};
+  }
   if (!installed.isInstalled) {
     return {"absent", L"The service is not running, and it is not installed.",
             L"run TavrinService.exe --install with administrator's rights"};
@@ -23,23 +28,28 @@ NoReply DescribeAbsence() {
           L"run \"sc start TavrinService\" with administrator's rights"};
 }
 
-}  // namespace
-
-ExchangeHooks PatientHooks(MovingLine& moving, Output& err, const InterruptWatch& interrupt) {
-  ExchangeHooks hooks;
-  bool told = false;
-  hooks.whileBusy = [&moving, &err, told](std::uint64_t waited) mutable {
+// A hook that says why it is waited: in a line that moves, else once.
+std::function<void(std::uint64_t)> TellWaiting(const wchar_t* why, MovingLine& moving,
+                                               Output& err) {
+  return [&moving, &err, why, told = false](std::uint64_t waited) mutable {
     if (waited < kWorthTelling) {
       return;
     }
     if (!err.isLively() && !told) {
-      err.line(L"The service is busy with another client; waiting.");
+      err.line(std::wstring(why) + L"; waiting.");
     }
     told = true;
-    moving.show(std::wstring(1, WheelAt(waited)) +
-                L" The service is busy with another client; waiting … (" +
+    moving.show(std::wstring(1, WheelAt(waited)) + L" " + why + L"; waiting … (" +
                 DurationText(waited / 1000) + L")");
   };
+}
+
+}  // namespace
+
+ExchangeHooks PatientHooks(MovingLine& moving, Output& err, const InterruptWatch& interrupt) {
+  ExchangeHooks hooks;
+  hooks.whileBusy = TellWaiting(L"The service is busy with another client", moving, err);
+  hooks.whileNoPipe = TellWaiting(L"The service has no pipe yet", moving, err);
   hooks.beforeSending = [&moving] { moving.clear(); };
   hooks.isInterrupted = [&interrupt] { return interrupt.wasInterrupted(); };
   return hooks;
@@ -69,6 +79,14 @@ ExchangeEnd AskPatiently(const std::string& request, Screen& screen, Reply& repl
 
 NoReply DescribeNoReply(ExchangeEnd end) {
   switch (end) {
+    case ExchangeEnd::kNoPipe:
+      return {
+          "starting", L"The service's process runs, but it has had no pipe for a minute.",
+          L"restart the service, or end the process TavrinService.exe; tavrin-service.log tells "
+          L"how far it came"};
+    case ExchangeEnd::kHalfReply:
+      return {"broken", L"The reply broke off in the middle.",
+              L"run tavrinctl status to see how things stand; if it stays so, restart the service"};
     case ExchangeEnd::kBusy:
       return {"busy", L"The service has been busy with another client for a minute.",
               L"wait for the other client, or end it; tavrin-service.log tells what it asked"};

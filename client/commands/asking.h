@@ -22,8 +22,9 @@ ExchangeEnd Ask(const std::string& request, const ExchangeHooks& hooks, Reply& r
 
 // Asks with `PatientHooks`, and waits a minute for the reply. `whenOurs` runs when the request is
 // about to be sent.
-ExchangeEnd AskPatiently(const std::string& request, Screen& screen, Reply& reply,
-                         const std::function<void()>& whenOurs = [] {});
+ExchangeEnd AskPatiently(
+    const std::string& request, Screen& screen, Reply& reply,
+    const std::function<void()>& whenOurs = [] {});
 
 // Why there is no reply: a key for scripts, a sentence, and what to do.
 struct NoReply {

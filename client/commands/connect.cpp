@@ -104,8 +104,7 @@ int RunConnect(const CommandLine& line, Screen& screen) {
   if (isShown) {
     screen.out.line(L"Connecting to " + NameOfGoal(line, plan));
   }
-  const ConnectOutcome outcome =
-      SendConnect(line, screen, plan, watch, isShown ? &view : nullptr);
+  const ConnectOutcome outcome = SendConnect(line, screen, plan, watch, isShown ? &view : nullptr);
   if (outcome.end == ExchangeEnd::kReplied) {
     watch.readNow();
   }

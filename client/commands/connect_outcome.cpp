@@ -1,6 +1,5 @@
 #include "client/commands/connect_outcome.h"
 
-
 #include "client/advice/advice.h"
 #include "client/commands/asking.h"
 #include "client/exit_codes.h"

@@ -6,13 +6,14 @@
 #include "client/commands/commands.h"
 #include "client/console/moving_line.h"
 #include "client/doctor/checks.h"
+#include "client/doctor/file_look.h"
 #include "client/exit_codes.h"
 #include "client/report/secrets.h"
+#include "client/report/whole_file.h"
 #include "client/text/amounts.h"
 #include "client/text/display_width.h"
 #include "client/trace/trace_file.h"
 #include "client/trace/waterfall.h"
-#include "src/common/files.h"
 #include "src/common/text.h"
 #include "src/runtime/runtime_files.h"
 
@@ -112,7 +113,7 @@ std::string TraceSection(const Patient& patient) {
 
 std::string ConfigurationSection(const Patient& patient) {
   std::string text;
-  if (!ReadFileBytes(patient.place.runtimeDir + L"\\" + kXrayConfigFile, text)) {
+  if (!ReadFileFrom(patient.place.runtimeDir + L"\\" + kXrayConfigFile, 0, kMostSettings, text)) {
     return "## Generated configuration\n\nIt can't be read.\n\n";
   }
   return "## Generated configuration, its values masked\n\n" + Fenced(ShapeOfJson(text));
@@ -122,7 +123,7 @@ std::vector<std::string> AllSecrets(const Patient& patient) {
   std::vector<std::string> all;
   for (const wchar_t* name : {kAccountFile, kCredentialFile, kXrayConfigFile}) {
     std::string text;
-    if (ReadFileBytes(patient.place.runtimeDir + L"\\" + name, text)) {
+    if (ReadFileFrom(patient.place.runtimeDir + L"\\" + name, 0, kMostSettings, text)) {
       const std::vector<std::string> secrets = SecretsIn(text);
       all.insert(all.end(), secrets.begin(), secrets.end());
     }
@@ -138,9 +139,10 @@ int RunReport(const CommandLine& line, Screen& screen) {
   const std::string report = Head(patient) + DoctorSection(patient, moving) + LogSection(patient) +
                              TraceSection(patient) + ConfigurationSection(patient);
   moving.clear();
-  if (!WriteFileBytes(line.file, Scrub(report, AllSecrets(patient)))) {
+  if (!WriteWholeFile(line.file, Scrub(report, AllSecrets(patient)))) {
     screen.err.line(L"The report can't be written: " + line.file);
-    screen.err.line(L"  What to do: name a file in a directory of your own.");
+    screen.err.line(
+        L"  What to do: name a file in a directory of your own, on a disk with room for it.");
     return kExitRefused;
   }
   screen.out.line(L"Written to " + line.file + L". Passwords, keys and tokens are left out.");

@@ -112,6 +112,9 @@ std::wstring WatchLine(const Look& look) {
   if (look.end == ExchangeEnd::kBusy) {
     return L"The service is busy with another client.";
   }
+  if (look.end == ExchangeEnd::kNoPipe) {
+    return L"The service has no pipe yet.";
+  }
   if (look.end != ExchangeEnd::kReplied) {
     return DescribeNoReply(look.end).sentence;
   }

@@ -5,8 +5,8 @@
 
 namespace vpn {
 
-// While an object lives, Ctrl+C ends the program with the exit code for it and the cursor as it was.
-// The program makes one.
+// While an object lives, Ctrl+C ends the program with the exit code for it and the cursor as it
+// was. The program makes one.
 class InterruptGuard {
  public:
   InterruptGuard();

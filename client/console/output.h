@@ -21,7 +21,8 @@ class Output {
   void write(const std::wstring& text, Ink ink = Ink::kPlain);
   void line(const std::wstring& text = L"", Ink ink = Ink::kPlain) { write(text + L'\n', ink); }
 
-  // What somebody else wrote: to a console as the UTF-8 that it should be, to anything else as it is.
+  // What somebody else wrote: to a console as the UTF-8 that it should be, to anything else as it
+  // is.
   void writeBytes(const std::string& bytes);
 
   // A long line: on a console broken at blanks, its further lines `hang` columns in.

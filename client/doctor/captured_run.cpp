@@ -10,24 +10,45 @@ namespace vpn {
 namespace {
 
 constexpr size_t kMostOutput = 64 * 1024;  // bytes
+constexpr size_t kMostAtOnce = 64 * 1024;  // between two looks at the clock
 constexpr DWORD kPause = 10;               // milliseconds between two looks
+constexpr DWORD kUnknownCode = 0xFFFFFFFF;
 
 struct Child {
   KernelHandle process;
   KernelHandle output;
 };
 
-// The child alone gets the writing end, so that it inherits nothing else that is open here.
-bool Start(std::wstring commandLine, const std::wstring& directory, Child& child) {
+// The child inherits one end of the new pipe, and not the one that is `kept` here.
+bool MakePipe(KernelHandle& reading, KernelHandle& writing, const KernelHandle& kept, DWORD size) {
   SECURITY_ATTRIBUTES inheritable = {sizeof(SECURITY_ATTRIBUTES), nullptr, TRUE};
+  return CreatePipe(reading.put(), writing.put(), &inheritable, size) != FALSE &&
+         SetHandleInformation(kept.get(), HANDLE_FLAG_INHERIT, 0) != FALSE;
+}
+
+// The pipe has room for everything, so that nobody has to read meanwhile. Its writing end is closed
+// at the return: the child finds the end of its input.
+bool FillInput(const std::string& input, KernelHandle& reading) {
   KernelHandle writing;
-  if (CreatePipe(child.output.put(), writing.put(), &inheritable, 0) == FALSE ||
-      SetHandleInformation(child.output.get(), HANDLE_FLAG_INHERIT, 0) == FALSE) {
+  DWORD count = 0;
+  const auto size = static_cast<DWORD>(input.size());
+  return input.size() <= kMostInput && MakePipe(reading, writing, writing, size) &&
+         WriteFile(writing.get(), input.data(), size, &count, nullptr) != FALSE && count == size;
+}
+
+// The child alone gets its ends of the pipes, so that it inherits nothing else that is open here.
+bool Start(std::wstring commandLine, const std::wstring& directory, const std::string& input,
+           Child& child) {
+  KernelHandle writing;
+  KernelHandle reading;
+  if ((!input.empty() && !FillInput(input, reading)) ||
+      !MakePipe(child.output, writing, child.output, 0)) {
     return false;
   }
   STARTUPINFOW startup = {};
   startup.cb = sizeof(startup);
   startup.dwFlags = STARTF_USESTDHANDLES;
+  startup.hStdInput = reading.get();
   startup.hStdOutput = writing.get();
   startup.hStdError = writing.get();
   PROCESS_INFORMATION information = {};
@@ -40,26 +61,30 @@ bool Start(std::wstring commandLine, const std::wstring& directory, Child& child
   return true;
 }
 
+// Not more than `kMostAtOnce`: a program that prints without end must not hold up its own end.
 void ReadWhatIsThere(HANDLE pipe, std::string& output) {
   DWORD available = 0;
-  while (PeekNamedPipe(pipe, nullptr, 0, nullptr, &available, nullptr) != FALSE && available > 0) {
+  for (size_t taken = 0; taken < kMostAtOnce &&
+                         PeekNamedPipe(pipe, nullptr, 0, nullptr, &available, nullptr) != FALSE &&
+                         available > 0;) {
     std::array<char, 4096> chunk{};
     DWORD count = 0;
     const DWORD wanted = std::min<DWORD>(available, chunk.size());
     if (ReadFile(pipe, chunk.data(), wanted, &count, nullptr) == FALSE || count == 0) {
       return;
     }
+    taken += count;
     output.append(chunk.data(), std::min<size_t>(count, kMostOutput - output.size()));
   }
 }
 
 }  // namespace
 
-CapturedRun RunCaptured(const std::wstring& commandLine, const std::wstring& directory,
-                        DWORD limit) {
+CapturedRun RunCaptured(const std::wstring& commandLine, const std::wstring& directory, DWORD limit,
+                        const std::string& input) {
   CapturedRun run;
   Child child;
-  run.hasStarted = Start(commandLine, directory, child);
+  run.hasStarted = Start(commandLine, directory, input, child);
   if (!run.hasStarted) {
     return run;
   }
@@ -72,7 +97,9 @@ CapturedRun RunCaptured(const std::wstring& commandLine, const std::wstring& dir
     (void)TerminateProcess(child.process.get(), 1);
     return run;
   }
-  (void)GetExitCodeProcess(child.process.get(), &run.exitCode);
+  if (GetExitCodeProcess(child.process.get(), &run.exitCode) == FALSE) {
+    run.exitCode = kUnknownCode;
+  }
   return run;
 }
 

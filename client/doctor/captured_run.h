@@ -4,6 +4,7 @@
 
 #include <windows.h>
 
+#include <cstddef>
 #include <string>
 
 namespace vpn {
@@ -11,13 +12,16 @@ namespace vpn {
 struct CapturedRun {
   bool hasStarted = false;
   bool hasEnded = false;  // by itself; else it was ended when its time was over
-  DWORD exitCode = 0;
-  std::string output;  // both streams, at most 64 KiB
+  DWORD exitCode = 0;     // of one that has ended
+  std::string output;     // both streams, at most 64 KiB
 };
 
-// Without a window. `limit` in milliseconds.
-CapturedRun RunCaptured(const std::wstring& commandLine, const std::wstring& directory,
-                        DWORD limit);
+// Without a window. `limit` in milliseconds. The program reads `input`, if there is any, from its
+// standard input; at most `kMostInput` bytes.
+CapturedRun RunCaptured(const std::wstring& commandLine, const std::wstring& directory, DWORD limit,
+                        const std::string& input = {});
+
+inline constexpr size_t kMostInput = 64 * 1024;
 
 // The first text of digits and dots that looks like a version, as "26.3.27"; empty when there is
 // none.

@@ -5,7 +5,6 @@
 namespace vpn {
 namespace {
 
-constexpr wchar_t kServiceImage[] = L"TavrinService.exe";
 constexpr std::uint64_t kPatience = 3000;  // milliseconds; a busy service is a finding too
 
 }  // namespace
@@ -34,7 +33,6 @@ Patient ExaminePatient(const std::wstring& chosenRuntime) {
   Patient patient;
   patient.place = FindServicePlace(chosenRuntime);
   patient.installed = FindInstalledService();
-  patient.hasProcess = !FindProcesses(kServiceImage).empty();
   ExchangeHooks hooks;
   hooks.patience = kPatience;
   hooks.replyLimit = kPatience;
@@ -45,6 +43,8 @@ Patient ExaminePatient(const std::wstring& chosenRuntime) {
   if (patient.end == ExchangeEnd::kReplied && !ParseReply(text, patient.reply)) {
     patient.end = ExchangeEnd::kBroken;
   }
+  patient.isSurelyAbsent = patient.end == ExchangeEnd::kAbsent && patient.installed.isReadable &&
+                           CanListProcesses() && !IsServiceAlive();
   return patient;
 }
 

@@ -1,94 +1,33 @@
-// The service runs programs from its directory with the system's rights, so whoever may write there
-// has them too.
-#include "client/doctor/directory_access.h"
-
+// The service runs programs from its directories with the system's rights, so whoever may write
+// there has them too.
 #include <windows.h>
 #include <aclapi.h>
 #include <sddl.h>
 
-#include <algorithm>
-#include <array>
-#include <cwchar>
+#include <vector>
 
+#include "client/doctor/access_list.h"
 #include "client/doctor/checks.h"
-#include "src/common/unique_handle.h"
+#include "client/doctor/file_look.h"
+#include "src/runtime/runtime_files.h"
 
 namespace vpn {
 namespace {
 
-// To add, change or delete files, and to change the list itself or its owner.
-constexpr unsigned long kWriteRights =
-    0x0002 | 0x0004 | 0x0040 | 0x00010000 | 0x00040000 | 0x00080000 | 0x10000000 | 0x40000000;
+constexpr SECURITY_INFORMATION kParts = OWNER_SECURITY_INFORMATION | DACL_SECURITY_INFORMATION;
 
-constexpr const wchar_t* kWriteWords[] = {L"FA", L"FW", L"GA", L"GW", L"SD",
-                                          L"WD", L"WO", L"DC", L"CC", L"DT"};
-
-// The system, the administrators, whoever owns what is created, and Windows' own installer.
-constexpr const wchar_t* kTrusted[] = {
-    L"SY",           L"BA",
-    L"CO",           L"OW",
-    L"S-1-3-4",      L"S-1-5-18",
-    L"S-1-5-32-544", L"S-1-5-80-956008885-3418522649-1831038044-1853292631-2271478464"};
-
-struct KnownTrustee {
-  const wchar_t* sid;
-  const wchar_t* name;
-};
-constexpr KnownTrustee kNames[] = {{L"WD", L"everyone"},
-                                   {L"BU", L"the users"},
-                                   {L"AU", L"every user who is signed in"},
-                                   {L"IU", L"every user at the screen"},
-                                   {L"BG", L"the guests"},
-                                   {L"AN", L"anonymous users"}};
-
-bool AllowsWriting(const std::wstring& rights) {
-  if (rights.starts_with(L"0x")) {
-    return (std::wcstoul(rights.c_str(), nullptr, 16) & kWriteRights) != 0;
-  }
-  for (size_t at = 0; at + 1 < rights.size(); at += 2) {
-    const std::wstring word = rights.substr(at, 2);
-    if (std::find(std::begin(kWriteWords), std::end(kWriteWords), word) != std::end(kWriteWords)) {
-      return true;
-    }
-  }
-  return false;
-}
-
-std::wstring NameOfTrustee(const std::wstring& sid) {
-  for (const KnownTrustee& known : kNames) {
-    if (sid == known.sid) {
-      return known.name;
-    }
-  }
-  return sid;
-}
-
-// The fields of an entry: type, flags, rights, two object types, trustee.
-std::array<std::wstring, 6> FieldsOf(const std::wstring& entry) {
-  std::array<std::wstring, 6> fields;
-  size_t field = 0;
-  for (const wchar_t unit : entry) {
-    if (unit == L';') {
-      ++field;
-    } else if (field < fields.size()) {
-      fields[field] += unit;
-    }
-  }
-  return fields;
-}
-
-// Empty when the platform does not tell.
-std::wstring AccessListOf(const std::wstring& directory) {
+// Owner and access list in SDDL; empty when the platform does not tell.
+std::wstring DescriptorOf(const std::wstring& directory) {
   PSECURITY_DESCRIPTOR descriptor = nullptr;
   std::wstring path = directory;
-  if (GetNamedSecurityInfoW(path.data(), SE_FILE_OBJECT, DACL_SECURITY_INFORMATION, nullptr,
-                            nullptr, nullptr, nullptr, &descriptor) != ERROR_SUCCESS) {
+  if (GetNamedSecurityInfoW(path.data(), SE_FILE_OBJECT, kParts, nullptr, nullptr, nullptr, nullptr,
+                            &descriptor) != ERROR_SUCCESS) {
     return {};
   }
   std::wstring list;
   LPWSTR text = nullptr;
-  if (ConvertSecurityDescriptorToStringSecurityDescriptorW(
-          descriptor, SDDL_REVISION_1, DACL_SECURITY_INFORMATION, &text, nullptr) != FALSE) {
+  if (ConvertSecurityDescriptorToStringSecurityDescriptorW(descriptor, SDDL_REVISION_1, kParts,
+                                                           &text, nullptr) != FALSE) {
     list = text;
     (void)LocalFree(text);
   }
@@ -96,47 +35,66 @@ std::wstring AccessListOf(const std::wstring& directory) {
   return list;
 }
 
-}  // namespace
-
-std::vector<std::wstring> ForeignWriters(const std::wstring& sddl) {
-  const size_t start = sddl.find(L"D:");
-  if (start == std::wstring::npos || sddl.compare(start, 19, L"D:NO_ACCESS_CONTROL") == 0) {
-    return {L"everyone"};
-  }
-  std::vector<std::wstring> writers;
-  for (size_t open = sddl.find(L'(', start); open != std::wstring::npos;
-       open = sddl.find(L'(', open + 1)) {
-    const auto fields = FieldsOf(sddl.substr(open + 1, sddl.find(L')', open) - open - 1));
-    const bool isTrusted =
-        std::find(std::begin(kTrusted), std::end(kTrusted), fields[5]) != std::end(kTrusted);
-    const std::wstring name = NameOfTrustee(fields[5]);
-    // An entry that only files inherit counts as well: the programs are files.
-    if (fields[0] == L"A" && !isTrusted && AllowsWriting(fields[2]) &&
-        std::find(writers.begin(), writers.end(), name) == writers.end()) {
-      writers.push_back(name);
-    }
-  }
-  return writers;
+// Everything from which something runs with the system's rights, or that says what runs. What lies
+// within another one comes behind it.
+std::vector<std::wstring> Directories(const ServicePlace& place) {
+  return {place.directory, place.runtimeDir, place.runtimeDir + L"\\" + kXrayDirectory,
+          place.runtimeDir + L"\\" + kTun2socksDirectory};
 }
 
+std::wstring Join(const std::vector<std::wstring>& names) {
+  std::wstring text;
+  for (const std::wstring& name : names) {
+    text += (text.empty() ? L"" : L", ") + name;
+  }
+  return text;
+}
+
+// Collects who may write where. What lies in a directory of the same writers goes without saying.
+class Writers {
+ public:
+  void add(const std::wstring& directory, const std::wstring& names) {
+    if (names.empty() || (names == names_ && directory.starts_with(directory_ + L"\\")) ||
+        (names == names_ && directory == directory_)) {
+      return;
+    }
+    text_ +=
+        names == names_ ? L" and to " : (text_.empty() ? L"" : L"; ") + names + L" may write to ";
+    text_ += directory;
+    names_ = names;
+    directory_ = directory;
+  }
+  const std::wstring& text() const { return text_; }
+
+ private:
+  std::wstring text_;
+  std::wstring names_;  // of the directory that was added last
+  std::wstring directory_;
+};
+
+}  // namespace
+
 Finding CheckDirectoryAccess(const Patient& patient) {
-  const std::wstring& directory = patient.place.runtimeDir;
-  if (GetFileAttributesW(directory.c_str()) == INVALID_FILE_ATTRIBUTES) {
-    return Problem(directory + L" is not there", L"install the service's files again");
+  const std::wstring& runtime = patient.place.runtimeDir;
+  if (LookAtName(runtime) == FileState::kMissing) {
+    return Problem(runtime + L" is not there", L"install the service's files again");
   }
-  const std::wstring list = AccessListOf(directory);
-  if (list.empty()) {
-    return Remark(L"the access list of " + directory + L" can't be read",
-                  L"run this with administrator's rights");
+  Writers writers;
+  for (const std::wstring& directory : Directories(patient.place)) {
+    if (LookAtName(directory) == FileState::kMissing) {
+      continue;  // another check misses what should lie there
+    }
+    const std::wstring descriptor = DescriptorOf(directory);
+    if (descriptor.empty()) {
+      return Remark(L"the access list of " + directory + L" can't be read",
+                    L"run this with administrator's rights");
+    }
+    writers.add(directory, Join(ForeignWriters(descriptor)));
   }
-  std::wstring names;
-  for (const std::wstring& writer : ForeignWriters(list)) {
-    names += (names.empty() ? L"" : L", ") + writer;
+  if (writers.text().empty()) {
+    return Good(L"only administrators may write to " + runtime + L" and to the service's programs");
   }
-  if (names.empty()) {
-    return Good(L"only administrators may write to " + directory);
-  }
-  return Remark(names + L" may write to " + directory,
+  return Remark(writers.text(),
                 L"the service runs what lies there with the system's rights: move it below "
                 L"C:\\Program Files, or take the right away");
 }

@@ -33,16 +33,20 @@ inline Finding Problem(std::wstring text, std::wstring whatToDo) {
   return {Verdict::kProblem, std::move(text), std::move(whatToDo)};
 }
 
+inline constexpr wchar_t kAskAgain[] = L"wait until the service answers, then run this again";
+
 // What is looked at once, for all checks.
 struct Patient {
   ServicePlace place;
   InstalledService installed;
-  bool hasProcess = false;  // one of the service runs
+  bool isSurelyAbsent = false;  // no pipe, no process, and the service manager knows of none
   ExchangeEnd end = ExchangeEnd::kAbsent;
   Reply reply;                   // for kReplied
   std::uint64_t answerTime = 0;  // milliseconds
 
   bool isUp() const { return end == ExchangeEnd::kReplied && reply.running; }
+  // False: a tunnel may be up, or a connect under way, without the service saying so.
+  bool isStateKnown() const { return end == ExchangeEnd::kReplied || isSurelyAbsent; }
 };
 
 }  // namespace vpn

@@ -2,6 +2,7 @@
 #include <algorithm>
 
 #include "client/doctor/checks.h"
+#include "client/doctor/file_look.h"
 #include "client/text/amounts.h"
 #include "client/trace/medians.h"
 #include "client/trace/trace_file.h"
@@ -26,28 +27,19 @@ const Step* SlowStep(const std::vector<Step>& steps, const std::vector<std::int6
   return nullptr;
 }
 
-}  // namespace
+Finding TellIncomplete(const Patient& patient, const StepList& steps) {
+  const wchar_t* const next = NamesOfStep(std::min(NextStep(steps), kStepCount - 1)).done;
+  if (!patient.isStateKnown()) {
+    return Remark(std::wstring(L"under way, or ended before: ") + next, kAskAgain);
+  }
+  return Remark(std::wstring(L"ended before: ") + next, L"run tavrinctl connect, which shows why");
+}
 
-Finding CheckLastConnect(const Patient& patient) {
-  FileTail tail;
-  std::uint64_t size = 0;
-  const std::wstring path = TracePath(patient.place.directory);
-  if (!FileSize(path, size)) {
-    return Good(L"none so far");
-  }
-  if (!ReadFileTail(path, kTraceLimit, tail)) {
-    return Remark(path + L" can't be read", L"try again when no connect is under way");
-  }
-  const std::vector<ConnectTrace> connects = ParseTrace(tail.text, tail.isCut).connects;
-  if (connects.empty()) {
-    return Remark(path + L" holds no connect", L"delete the file; the next connect makes it anew");
-  }
+Finding TellLast(const Patient& patient, const std::vector<ConnectTrace>& connects) {
   const ConnectTrace& last = connects.back();
   const StepList steps = StepsOf(last);
   if (!last.isComplete()) {
-    const size_t next = std::min(NextStep(steps), kStepCount - 1);
-    return Remark(std::wstring(L"ended before: ") + NamesOfStep(next).done,
-                  L"run tavrinctl connect, which shows why");
+    return TellIncomplete(patient, steps);
   }
   const std::vector<std::int64_t> medians = MedianTimes({connects.begin(), connects.end() - 1});
   if (const Step* const slow = SlowStep(steps.steps, medians)) {
@@ -57,6 +49,37 @@ Finding CheckLastConnect(const Patient& patient) {
                   L"run tavrinctl trace to see all steps; a virus scanner is the usual reason");
   }
   return Good(L"complete in " + SecondsText(last.totalTime()));
+}
+
+}  // namespace
+
+Finding CheckLastConnect(const Patient& patient) {
+  const std::wstring path = TracePath(patient.place.directory);
+  const FileState state = LookAtName(path);
+  if (state == FileState::kMissing) {
+    return Good(L"none so far");
+  }
+  if (state == FileState::kDirectory) {
+    return Remark(path + L" is a directory", L"delete it: the service writes a file of this name");
+  }
+  FileTail tail;
+  if (!ReadFileTail(path, kTraceLimit, tail)) {
+    return Remark(path + L" can't be read", L"try again when no connect is under way");
+  }
+  const TraceText trace = ParseTrace(tail.text, tail.isCut);
+  if (trace.connects.empty()) {
+    return Remark(path + L" holds no connect", L"delete the file; the next connect makes it anew");
+  }
+  const Finding finding = TellLast(patient, trace.connects);
+  if (trace.strangeLines == 0) {
+    return finding;
+  }
+  // The last connect may be among what can't be read.
+  return Remark(finding.text + L"; " + CountText(trace.strangeLines, L"line", L"lines") + L" of " +
+                    path + L" can't be read",
+                finding.verdict == Verdict::kGood
+                    ? L"delete the file when no connect is under way; the next one makes it anew"
+                    : finding.whatToDo);
 }
 
 }  // namespace vpn

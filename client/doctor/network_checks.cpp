@@ -10,6 +10,7 @@
 #include "client/text/display_width.h"
 #include "src/common/deployment.h"
 #include "src/common/unique_handle.h"
+#include "src/net/adapters.h"
 #include "src/net/physical_route.h"
 #include "src/tunnel/preflight.h"
 #include "src/tunnel/tunnel_config.h"
@@ -26,13 +27,17 @@ Finding FromStatus(const Status& status, const wchar_t* good) {
   return status ? Good(good) : Problem(status.text(), WhatToDo(status.text()));
 }
 
-// Addresses with a route of their own to the gateway of the physical side, as the service pins
-// them.
-std::vector<std::wstring> FindPins(const PhysicalRoute& route, const NET_LUID& luid) {
-  std::vector<std::wstring> pins;
+// What a run of the service may have left on the physical interface.
+struct Leftovers {
+  std::vector<std::wstring> pins;  // addresses with a route of their own to the gateway
+  bool isDiscoveryOff = false;
+};
+
+// False when the platform does not tell.
+bool FindPins(const PhysicalRoute& route, const NET_LUID& luid, std::vector<std::wstring>& pins) {
   UniqueMibTable<MIB_IPFORWARD_TABLE2> table;
   if (GetIpForwardTable2(AF_INET, table.put()) != NO_ERROR || !table) {
-    return pins;
+    return false;
   }
   for (ULONG at = 0; at < table.get()->NumEntries; ++at) {
     const MIB_IPFORWARD_ROW2& row = table.get()->Table[at];
@@ -42,39 +47,66 @@ std::vector<std::wstring> FindPins(const PhysicalRoute& route, const NET_LUID& l
       pins.push_back(FormatIpv4(row.DestinationPrefix.Prefix.Ipv4.sin_addr));
     }
   }
-  return pins;
+  return true;
 }
 
-bool IsRouterDiscoveryOff(const NET_LUID& luid) {
+// False when the platform does not tell. An interface without IPv6 has nothing to switch off.
+bool ReadRouterDiscovery(const NET_LUID& luid, bool& isOff) {
   MIB_IPINTERFACE_ROW row = {};
   InitializeIpInterfaceEntry(&row);
   row.Family = AF_INET6;
   row.InterfaceLuid = luid;
-  return GetIpInterfaceEntry(&row) == NO_ERROR &&
-         row.RouterDiscoveryBehavior == RouterDiscoveryDisabled;
+  const DWORD error = GetIpInterfaceEntry(&row);
+  isOff = error == NO_ERROR && row.RouterDiscoveryBehavior == RouterDiscoveryDisabled;
+  return error == NO_ERROR || error == ERROR_NOT_FOUND;
 }
 
-Finding TellLeftovers(const PhysicalRoute& route, const std::vector<std::wstring>& pins,
-                      bool isDiscoveryOff) {
-  if (pins.empty() && !isDiscoveryOff) {
+std::wstring Describe(const PhysicalRoute& route, const Leftovers& found) {
+  std::wstring text;
+  if (found.isDiscoveryOff) {
+    text = L"IPv6 router discovery is off on " + route.interfaceAlias;
+  }
+  if (!found.pins.empty()) {
+    text += (text.empty() ? L"" : L"; ") +
+            CountText(found.pins.size(), L"route of its own to ", L"routes of their own to ");
+    for (size_t at = 0; at < found.pins.size(); ++at) {
+      text += (at == 0 ? L"" : L", ") + found.pins[at];
+    }
+  }
+  return text;
+}
+
+std::wstring CureByHand(const PhysicalRoute& route, const Leftovers& found) {
+  std::wstring cure;
+  if (found.isDiscoveryOff) {
+    cure = L"netsh interface ipv6 set interface \"" + route.interfaceAlias +
+           L"\" routerdiscovery=enabled store=active";
+  }
+  if (!found.pins.empty()) {
+    cure += (cure.empty() ? L"route delete " : L", route delete ") + found.pins.front();
+  }
+  return cure;
+}
+
+Finding TellLeftovers(const PhysicalRoute& route, const Leftovers& found, bool isStateKnown) {
+  const std::wstring text = Describe(route, found);
+  if (text.empty()) {
     return Good(L"none");
   }
-  std::wstring text;
-  std::wstring byHand;
-  if (isDiscoveryOff) {
-    text = L"IPv6 router discovery is off on " + route.interfaceAlias;
-    byHand = L"netsh interface ipv6 set interface \"" + route.interfaceAlias +
-             L"\" routerdiscovery=enabled store=active";
+  if (!isStateKnown) {
+    return Remark(text +
+                      L"; whether a tunnel that is up needs this can't be told while the "
+                      L"service does not answer",
+                  kAskAgain);
   }
-  if (!pins.empty()) {
-    text += (text.empty() ? L"" : L"; ") +
-            CountText(pins.size(), L"route of its own to ", L"routes of their own to ");
-    for (size_t at = 0; at < pins.size(); ++at) {
-      text += (at == 0 ? L"" : L", ") + pins[at];
-    }
-    byHand += (byHand.empty() ? L"route delete " : L", route delete ") + pins.front();
-  }
-  return Remark(text, L"connect and disconnect once, or by hand: " + byHand);
+  return Remark(text, L"connect and disconnect once, or by hand: " + CureByHand(route, found));
+}
+
+// True with no settings at all, as before the first start of a browser.
+bool CanReadProxy(HKEY user) {
+  UniqueHandle<RegistryKeyTraits> settings;
+  const LSTATUS error = RegOpenKeyExW(user, kProxySettingsKey, 0, KEY_QUERY_VALUE, settings.put());
+  return error == ERROR_SUCCESS || error == ERROR_FILE_NOT_FOUND;
 }
 
 }  // namespace
@@ -87,10 +119,17 @@ Finding CheckPhysicalRoute(const Patient& /*patient*/) {
 }
 
 Finding CheckAdapters(const Patient& /*patient*/) {
+  // The service takes a list that can't be read for an empty one, and goes on.
+  if (AdapterList(AF_UNSPEC, 0).first() == nullptr) {
+    return Remark(L"the adapters can't be read", L"restart Windows");
+  }
   return FromStatus(CheckForeignAdapters(), L"none is up");
 }
 
 Finding CheckUsersProxy(const Patient& /*patient*/) {
+  if (!CanReadProxy(HKEY_CURRENT_USER)) {
+    return Remark(L"your Internet settings can't be read", L"sign in to Windows again");
+  }
   const Status status = CheckSystemProxy(HKEY_CURRENT_USER);
   // It stops a connect only where the service runs as this user, in a console.
   return status ? Good(L"off") : Remark(status.text(), WhatToDo(status.text()));
@@ -100,7 +139,7 @@ Finding CheckServicesProxy(const Patient& /*patient*/) {
   UniqueHandle<RegistryKeyTraits> localSystem;
   const LSTATUS error =
       RegOpenKeyExW(HKEY_USERS, L"S-1-5-18", 0, KEY_QUERY_VALUE, localSystem.put());
-  if (error != ERROR_SUCCESS) {
+  if (error != ERROR_SUCCESS || !CanReadProxy(localSystem.get())) {
     return Remark(L"the settings of the service's account can't be read",
                   L"run this with administrator's rights");
   }
@@ -108,12 +147,21 @@ Finding CheckServicesProxy(const Patient& /*patient*/) {
 }
 
 Finding CheckPort(const Patient& patient) {
-  const std::wstring holder = HolderOfPort(kSocksPort);
+  const bool isFree = static_cast<bool>(CheckSocksPort());
   if (patient.isUp()) {
-    return Good(L"held by the tunnel that is up");
+    return isFree ? Problem(L"free, though the tunnel is up: Xray does not listen",
+                            L"disconnect, then connect again")
+                  : Good(L"held by the tunnel that is up");
   }
-  if (CheckSocksPort()) {
+  if (isFree) {
     return Good(L"free");
+  }
+  const std::wstring holder = HolderOfPort(kSocksPort);
+  if (!patient.isStateKnown()) {
+    return Remark(
+        L"taken by " + holder +
+            L"; whether that is a tunnel's can't be told while the service does not answer",
+        kAskAgain);
   }
   return Problem(L"taken by " + holder, L"end that program, then connect again");
 }
@@ -128,7 +176,15 @@ Finding CheckLeftovers(const Patient& patient) {
       ConvertInterfaceAliasToLuid(route.interfaceAlias.c_str(), &luid) != NO_ERROR) {
     return Remark(L"can't be looked for without a physical route", L"connect to a network first");
   }
-  return TellLeftovers(route, FindPins(route, luid), IsRouterDiscoveryOff(luid));
+  Leftovers found;
+  if (!FindPins(route, luid, found.pins)) {
+    return Remark(L"the routes can't be read", L"restart Windows");
+  }
+  if (!ReadRouterDiscovery(luid, found.isDiscoveryOff)) {
+    return Remark(L"the IPv6 settings of " + route.interfaceAlias + L" can't be read",
+                  L"restart Windows");
+  }
+  return TellLeftovers(route, found, patient.isStateKnown());
 }
 
 }  // namespace vpn

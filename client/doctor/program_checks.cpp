@@ -2,9 +2,12 @@
 #include <windows.h>
 
 #include <cwchar>
+#include <optional>
 
 #include "client/doctor/captured_run.h"
 #include "client/doctor/checks.h"
+#include "client/doctor/configuration_test_run.h"
+#include "client/doctor/file_look.h"
 #include "client/report/secrets.h"
 #include "client/text/display_width.h"
 #include "src/common/files.h"
@@ -15,21 +18,12 @@
 namespace vpn {
 namespace {
 
-constexpr DWORD kVersionLimit = 5000;  // milliseconds
-constexpr DWORD kTestLimit = 10000;
+constexpr DWORD kVersionLimit = 5000;     // milliseconds
 constexpr unsigned long kLeastMajor = 2;  // of tun2socks: older ones refuse the service's options
 constexpr unsigned long kLeastMinor = 6;
 constexpr const wchar_t* kGeoFiles[] = {L"geoip.dat", L"geosite.dat"};
-
-bool IsThere(const std::wstring& path) {
-  return GetFileAttributesW(path.c_str()) != INVALID_FILE_ATTRIBUTES;
-}
-
-bool IsEmptyFile(const std::wstring& path) {
-  WIN32_FILE_ATTRIBUTE_DATA data = {};
-  return GetFileAttributesExW(path.c_str(), GetFileExInfoStandard, &data) != FALSE &&
-         data.nFileSizeLow == 0 && data.nFileSizeHigh == 0;
-}
+constexpr wchar_t kPutThere[] = L"put the file there";
+constexpr wchar_t kPutWorking[] = L"put a working file there; a virus scanner may hold it";
 
 std::wstring XrayDirectory(const Patient& patient) {
   return patient.place.runtimeDir + L"\\" + kXrayDirectory;
@@ -48,21 +42,67 @@ bool IsTooOld(const std::wstring& version) {
 
 Finding DoesNotRun(const std::wstring& path, const CapturedRun& run) {
   const std::wstring text = run.hasStarted && !run.hasEnded ? L" does not end" : L" does not run";
-  return Problem(path + text, L"put a working file there; a virus scanner may hold it");
+  return Problem(path + text, kPutWorking);
 }
 
-// What is missing among the files beside the programs; empty when nothing is.
-std::wstring MissingBeside(const Patient& patient) {
-  if (!IsThere(Tun2socksDirectory(patient) + L"\\" + kWintunLibrary)) {
-    return Tun2socksDirectory(patient) + L"\\" + kWintunLibrary;
+enum class Kind { kCode, kData };
+
+// Nothing when nothing is wrong with the file.
+std::optional<Finding> WrongWithFile(const std::wstring& path, Kind kind) {
+  std::string start;
+  const FileState state = LookAtProgram(path, start);
+  if (state != FileState::kReadable) {
+    return BadFile(path, state, kPutThere);
   }
+  if (kind == Kind::kCode && start != "MZ") {
+    return Problem(path + L" is damaged: a program begins with MZ", kPutThere);
+  }
+  return std::nullopt;
+}
+
+std::optional<Finding> WrongWithXray(const Patient& patient) {
+  std::optional<Finding> wrong =
+      WrongWithFile(XrayDirectory(patient) + L"\\" + kXrayProgram, Kind::kCode);
   for (const wchar_t* name : kGeoFiles) {
-    const std::wstring path = XrayDirectory(patient) + L"\\" + name;
-    if (!IsThere(path) || IsEmptyFile(path)) {
-      return path;
+    if (!wrong) {
+      wrong = WrongWithFile(XrayDirectory(patient) + L"\\" + name, Kind::kData);
     }
   }
-  return {};
+  return wrong;
+}
+
+// Gives the path of the program.
+std::optional<Finding> WrongWithTun2socks(const Patient& patient, std::wstring& program) {
+  const std::wstring directory = Tun2socksDirectory(patient);
+  program = FindFileByPattern(directory, kTun2socksPattern);
+  const DWORD error = GetLastError();
+  if (program.empty() && error != ERROR_FILE_NOT_FOUND && error != ERROR_PATH_NOT_FOUND) {
+    return BadFile(directory, FileState::kUnreadable, {});
+  }
+  if (program.empty()) {
+    return Problem(directory + L" holds no " + kTun2socksPattern, kPutThere);
+  }
+  std::optional<Finding> wrong = WrongWithFile(program, Kind::kCode);
+  return wrong ? wrong : WrongWithFile(directory + L"\\" + kWintunLibrary, Kind::kCode);
+}
+
+std::optional<Finding> AskVersion(const std::wstring& program, const wchar_t* option,
+                                  const std::wstring& directory, std::wstring& version) {
+  const CapturedRun run =
+      RunCaptured(QuoteArgument(program) + L" " + option, directory, kVersionLimit);
+  if (!run.hasEnded) {
+    return DoesNotRun(program, run);
+  }
+  if (run.exitCode != 0) {
+    return Problem(
+        program + L" " + option + L" fails with the code " + std::to_wstring(run.exitCode),
+        kPutWorking);
+  }
+  version = VersionIn(run.output);
+  if (version.empty()) {
+    return Problem(program + L" does not tell its version", kPutWorking);
+  }
+  return std::nullopt;
 }
 
 // The last line of the output that holds anything.
@@ -75,29 +115,21 @@ std::wstring LastWords(std::string output) {
 
 Finding CheckPrograms(const Patient& patient) {
   const std::wstring xray = XrayDirectory(patient) + L"\\" + kXrayProgram;
-  const std::wstring tun2socks = FindFileByPattern(Tun2socksDirectory(patient), kTun2socksPattern);
-  if (!IsThere(xray)) {
-    return Problem(xray + L" is not there", L"put the file there");
+  std::wstring tun2socks;
+  std::wstring xrayVersion;
+  std::wstring tunVersion;
+  std::optional<Finding> wrong = WrongWithXray(patient);
+  if (!wrong) {
+    wrong = WrongWithTun2socks(patient, tun2socks);
   }
-  if (tun2socks.empty()) {
-    return Problem(Tun2socksDirectory(patient) + L" holds no " + kTun2socksPattern,
-                   L"put the file there");
+  if (!wrong) {
+    wrong = AskVersion(xray, L"version", XrayDirectory(patient), xrayVersion);
   }
-  const std::wstring missing = MissingBeside(patient);
-  if (!missing.empty()) {
-    return Problem(missing + L" is not there, or empty", L"put the file there");
+  if (!wrong) {
+    wrong = AskVersion(tun2socks, L"--version", Tun2socksDirectory(patient), tunVersion);
   }
-  const CapturedRun xrayRun =
-      RunCaptured(QuoteArgument(xray) + L" version", XrayDirectory(patient), kVersionLimit);
-  const std::wstring xrayVersion = VersionIn(xrayRun.output);
-  if (!xrayRun.hasEnded || xrayVersion.empty()) {
-    return DoesNotRun(xray, xrayRun);
-  }
-  const CapturedRun tunRun = RunCaptured(QuoteArgument(tun2socks) + L" --version",
-                                         Tun2socksDirectory(patient), kVersionLimit);
-  const std::wstring tunVersion = VersionIn(tunRun.output);
-  if (!tunRun.hasEnded || tunVersion.empty()) {
-    return DoesNotRun(tun2socks, tunRun);
+  if (wrong) {
+    return *wrong;
   }
   const std::wstring text =
       L"Xray " + xrayVersion + L", tun2socks " + tunVersion + L", " + kWintunLibrary;
@@ -109,18 +141,19 @@ Finding CheckPrograms(const Patient& patient) {
 Finding CheckConfiguration(const Patient& patient) {
   const std::wstring path = patient.place.runtimeDir + L"\\" + kXrayConfigFile;
   const std::wstring xray = XrayDirectory(patient) + L"\\" + kXrayProgram;
-  if (!IsThere(path)) {
+  const FileState state = LookAtFile(path, kMostInput);
+  if (state == FileState::kMissing) {
     return Good(L"none generated yet");
   }
-  if (!IsThere(xray)) {
+  std::string text;
+  if (state != FileState::kReadable || !ReadFileBytes(path, text)) {
+    return BadFile(path, state == FileState::kReadable ? FileState::kUnreadable : state,
+                   L"delete it, and connect again: each connect writes it anew");
+  }
+  if (std::string start; LookAtProgram(xray, start) != FileState::kReadable) {
     return Remark(L"can't be checked without Xray", L"put xray.exe there");
   }
-  std::string text;
-  if (!ReadFileBytes(path, text)) {
-    return Remark(path + L" can't be read", L"run this with administrator's rights");
-  }
-  const CapturedRun run = RunCaptured(QuoteArgument(xray) + L" run -test -c " + QuoteArgument(path),
-                                      XrayDirectory(patient), kTestLimit);
+  const CapturedRun run = TestConfiguration(xray, XrayDirectory(patient), text);
   if (!run.hasEnded) {
     return DoesNotRun(xray, run);
   }

@@ -10,9 +10,26 @@ namespace {
 // Windows 10 2004 brought the call that sets name servers.
 constexpr DWORD kLeastBuild = 19041;
 
+constexpr wchar_t kRestart[] =
+    L"try again in a minute; if it stays so, restart the service, or end the process "
+    L"TavrinService.exe";
+
 std::wstring HowItRuns(const Patient& patient) {
   return patient.installed.state == SERVICE_RUNNING ? L"running as a Windows service"
                                                     : L"running in a console or as a daemon";
+}
+
+// Nothing stands behind the pipe.
+Finding TellAbsence(const InstalledService& installed) {
+  if (!installed.isReadable) {
+    return Problem(L"not running, and the service manager tells nothing about it",
+                   L"run this with administrator's rights");
+  }
+  return installed.isInstalled
+             ? Problem(L"installed, but not running",
+                       L"run \"sc start TavrinService\" with administrator's rights")
+             : Problem(L"not installed and not running",
+                       L"run TavrinService.exe --install with administrator's rights");
 }
 
 }  // namespace
@@ -38,8 +55,13 @@ Finding CheckService(const Patient& patient) {
       return Good(HowItRuns(patient) + L", answers in " + MillisecondsText(patient.answerTime) +
                   L", " + patient.place.runtimeDir);
     case ExchangeEnd::kBusy:
-    case ExchangeEnd::kTimedOut:
       return Remark(L"busy with another client", L"wait until its connect is over, then try again");
+    case ExchangeEnd::kNoPipe:
+      return Problem(L"running without a pipe: it starts, or it hangs", kRestart);
+    case ExchangeEnd::kTimedOut:
+      return Problem(L"takes a request and does not answer", kRestart);
+    case ExchangeEnd::kHalfReply:
+      return Problem(L"its reply broke off in the middle", kRestart);
     case ExchangeEnd::kRefused:
       return Problem(L"its pipe may not be opened by this user",
                      L"sign in to Windows with an account of this machine");
@@ -47,17 +69,8 @@ Finding CheckService(const Patient& patient) {
       return Problem(L"something answers on its pipe that is not the service",
                      L"end the program that holds the pipe TavrinService, or restart the service");
     default:
-      break;
+      return TellAbsence(patient.installed);
   }
-  if (!patient.installed.isReadable) {
-    return Problem(L"not running, and the service manager tells nothing about it",
-                   L"run this with administrator's rights");
-  }
-  return patient.installed.isInstalled
-             ? Problem(L"installed, but not running",
-                       L"run \"sc start TavrinService\" with administrator's rights")
-             : Problem(L"not installed and not running",
-                       L"run TavrinService.exe --install with administrator's rights");
 }
 
 }  // namespace vpn

@@ -1,5 +1,5 @@
-// A host name that is looked up on a thread of its own, for which nobody has to wait: the platform's
-// resolver takes as long as it likes, and can't be interrupted.
+// A host name that is looked up on a thread of its own, for which nobody has to wait: the
+// platform's resolver takes as long as it likes, and can't be interrupted.
 #ifndef TAVRIN_CLIENT_LATENCY_NAME_LOOKUP_H_
 #define TAVRIN_CLIENT_LATENCY_NAME_LOOKUP_H_
 

@@ -40,9 +40,9 @@ class LiveView {
   MovingLine moving_;
   std::vector<std::int64_t> medians_;
   std::function<std::wstring(size_t)> detail_;
-  size_t shown_ = 0;                // steps that stand on the screen
-  size_t marks_ = 0;                // that the trace had at the last look
-  std::uint64_t lastMark_ = 0;      // when the last of them was written
+  size_t shown_ = 0;            // steps that stand on the screen
+  size_t marks_ = 0;            // that the trace had at the last look
+  std::uint64_t lastMark_ = 0;  // when the last of them was written
 };
 
 }  // namespace vpn

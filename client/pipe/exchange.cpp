@@ -2,6 +2,9 @@
 
 #include <windows.h>
 
+#include <algorithm>
+#include <array>
+
 #include "client/service/presence.h"
 #include "src/common/unique_handle.h"
 #include "src/control/frame.h"
@@ -10,67 +13,132 @@
 namespace vpn {
 namespace {
 
-constexpr DWORD kOpenPause = 50;   // milliseconds between two attempts to open the pipe
-constexpr DWORD kReplyPause = 10;  // and between two looks for the reply
+constexpr DWORD kOpenPause = 50;            // milliseconds between two attempts to open the pipe
+constexpr DWORD kReplyPause = 10;           // and between two looks for the reply
+constexpr std::uint64_t kRestLimit = 5000;  // for the rest of a reply that has begun
+constexpr std::size_t kHeader = 4;          // bytes of length in front of the payload
+
+// Whoever made the pipe, perhaps no service at all, must not act in this user's name.
+constexpr DWORD kPipeFlags =
+    FILE_ATTRIBUTE_NORMAL | SECURITY_SQOS_PRESENT | SECURITY_IDENTIFICATION;
 
 bool IsInterrupted(const ExchangeHooks& hooks) {
   return hooks.isInterrupted && hooks.isInterrupted();
 }
 
-// ERROR_PIPE_BUSY says that somebody is served. Between two clients there is no pipe for a moment,
-// as there is none for a service that starts: only then do the service manager and the running
-// processes tell whether to wait.
-bool MayComeSoon(DWORD error) {
-  return error == ERROR_PIPE_BUSY || (error == ERROR_FILE_NOT_FOUND && IsServiceAlive());
+void Tell(const std::function<void(std::uint64_t)>& hook, std::uint64_t waited) {
+  if (hook) {
+    hook(waited);
+  }
+}
+
+// How an attempt that failed ends when nothing changes. ERROR_PIPE_BUSY says that somebody is
+// served. Between two clients there is no pipe for a moment, as there is none for a service that
+// starts: only then do the service manager and the running processes tell whether to wait.
+ExchangeEnd EndOfAttempt(DWORD error) {
+  switch (error) {
+    case ERROR_PIPE_BUSY:
+      return ExchangeEnd::kBusy;
+    case ERROR_ACCESS_DENIED:
+      return ExchangeEnd::kRefused;
+    default:
+      return error == ERROR_FILE_NOT_FOUND && IsServiceAlive() ? ExchangeEnd::kNoPipe
+                                                               : ExchangeEnd::kAbsent;
+  }
 }
 
 ExchangeEnd OpenPipe(const ExchangeHooks& hooks, KernelHandle& pipe) {
   const ULONGLONG start = GetTickCount64();
   for (;;) {
     pipe = KernelHandle(CreateFileW(kControlPipeName, GENERIC_READ | GENERIC_WRITE, 0, nullptr,
-                                    OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
+                                    OPEN_EXISTING, kPipeFlags, nullptr));
     const DWORD error = GetLastError();
     if (pipe) {
       return ExchangeEnd::kReplied;
     }
-    if (!MayComeSoon(error)) {
-      return error == ERROR_ACCESS_DENIED ? ExchangeEnd::kRefused : ExchangeEnd::kAbsent;
-    }
+    const ExchangeEnd end = EndOfAttempt(error);
+    const bool mayComeSoon = end == ExchangeEnd::kBusy || end == ExchangeEnd::kNoPipe;
     const ULONGLONG waited = GetTickCount64() - start;
-    if (waited >= hooks.patience) {
-      return ExchangeEnd::kBusy;
+    if (!mayComeSoon || waited >= hooks.patience) {
+      return end;
     }
     if (IsInterrupted(hooks)) {
       return ExchangeEnd::kInterrupted;
     }
-    if (hooks.whileBusy) {
-      hooks.whileBusy(waited);
-    }
+    Tell(end == ExchangeEnd::kBusy ? hooks.whileBusy : hooks.whileNoPipe, waited);
     Sleep(kOpenPause);
   }
 }
 
-// Returns kReplied once there is something to read.
-ExchangeEnd AwaitReply(HANDLE pipe, const ExchangeHooks& hooks) {
-  const ULONGLONG start = GetTickCount64();
-  for (;;) {
+// A reply as it comes in. Nothing here waits for the peer.
+class IncomingFrame {
+ public:
+  // Takes what is there. False when the connection has ended.
+  bool take(HANDLE pipe) {
     DWORD available = 0;
     if (PeekNamedPipe(pipe, nullptr, 0, nullptr, &available, nullptr) == FALSE) {
+      return false;
+    }
+    std::array<char, 4096> chunk{};
+    DWORD count = 0;
+    const DWORD wanted = std::min<DWORD>(available, chunk.size());
+    if (wanted > 0 && ReadFile(pipe, chunk.data(), wanted, &count, nullptr) == FALSE) {
+      return false;
+    }
+    bytes_.append(chunk.data(), count);
+    return true;
+  }
+
+  bool hasBegun() const { return !bytes_.empty(); }
+  bool isNone() const {
+    return bytes_.size() >= kHeader && (length() == 0 || length() > kMaxPayload);
+  }
+  bool isWhole() const { return bytes_.size() >= kHeader && bytes_.size() >= kHeader + length(); }
+  std::string payload() const { return bytes_.substr(kHeader, length()); }
+
+ private:
+  std::size_t length() const {
+    std::size_t value = 0;
+    for (std::size_t byte = kHeader; byte-- > 0;) {
+      value = value << 8 | static_cast<unsigned char>(bytes_[byte]);
+    }
+    return value;
+  }
+
+  std::string bytes_;
+};
+
+// Both limits in milliseconds since the sending, and since the first byte came.
+ExchangeEnd EndOfWait(const ExchangeHooks& hooks, std::uint64_t waited, bool hasBegun,
+                      std::uint64_t sinceFirst) {
+  if (hasBegun && sinceFirst >= kRestLimit) {
+    return ExchangeEnd::kHalfReply;
+  }
+  if (hooks.replyLimit != 0 && waited >= hooks.replyLimit) {
+    return hasBegun ? ExchangeEnd::kHalfReply : ExchangeEnd::kTimedOut;
+  }
+  return IsInterrupted(hooks) ? ExchangeEnd::kInterrupted : ExchangeEnd::kReplied;
+}
+
+ExchangeEnd AwaitReply(HANDLE pipe, const ExchangeHooks& hooks, std::string& reply) {
+  IncomingFrame frame;
+  const ULONGLONG start = GetTickCount64();
+  ULONGLONG lastWithout = start;  // when the reply had not begun yet
+  for (;;) {
+    if (!frame.take(pipe) || frame.isNone()) {
       return ExchangeEnd::kBroken;
     }
-    if (available > 0) {
+    if (frame.isWhole()) {
+      reply = frame.payload();
       return ExchangeEnd::kReplied;
     }
-    const ULONGLONG waited = GetTickCount64() - start;
-    if (hooks.replyLimit != 0 && waited >= hooks.replyLimit) {
-      return ExchangeEnd::kTimedOut;
+    const ULONGLONG now = GetTickCount64();
+    lastWithout = frame.hasBegun() ? lastWithout : now;
+    const ExchangeEnd end = EndOfWait(hooks, now - start, frame.hasBegun(), now - lastWithout);
+    if (end != ExchangeEnd::kReplied) {
+      return end;
     }
-    if (IsInterrupted(hooks)) {
-      return ExchangeEnd::kInterrupted;
-    }
-    if (hooks.whileWaiting) {
-      hooks.whileWaiting(waited);
-    }
+    Tell(hooks.whileWaiting, now - start);
     Sleep(kReplyPause);
   }
 }
@@ -109,11 +177,7 @@ ExchangeEnd Exchange(const std::string& request, const ExchangeHooks& hooks, std
   if (!SendRequest(pipe.get(), request)) {
     return ExchangeEnd::kBroken;
   }
-  end = AwaitReply(pipe.get(), hooks);
-  if (end != ExchangeEnd::kReplied) {
-    return end;
-  }
-  return ReadFrame(pipe.get(), reply) ? ExchangeEnd::kReplied : ExchangeEnd::kBroken;
+  return AwaitReply(pipe.get(), hooks, reply);
 }
 
 }  // namespace vpn

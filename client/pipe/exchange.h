@@ -11,9 +11,11 @@ namespace vpn {
 enum class ExchangeEnd {
   kReplied,
   kAbsent,       // no pipe, and nothing that could make one soon
+  kNoPipe,       // the service starts or runs, and made no pipe for as long as the patience lasted
   kBusy,         // somebody else was served for as long as the patience lasted
   kRefused,      // the pipe is there, but this user may not open it
-  kBroken,       // the connection ended without a whole frame
+  kBroken,       // the connection ended without a whole frame, or what came is none
+  kHalfReply,    // a reply began and did not go on
   kTimedOut,     // connected, and no reply in time
   kInterrupted,  // by the user
 };
@@ -23,8 +25,9 @@ struct ExchangeHooks {
   std::uint64_t patience = 60'000;
   std::uint64_t replyLimit = 0;
 
-  // Called while the service is busy, with the milliseconds so far.
+  // Called while the service is busy, or while it has no pipe, with the milliseconds so far.
   std::function<void(std::uint64_t)> whileBusy;
+  std::function<void(std::uint64_t)> whileNoPipe;
   // Called when the request is about to be sent.
   std::function<void()> beforeSending;
   // Called while the reply is awaited, with the milliseconds so far.

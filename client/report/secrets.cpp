@@ -4,6 +4,7 @@
 #include <cctype>
 
 #include "client/account/masked.h"
+#include "client/json/json_strings.h"
 #include "src/common/text.h"
 #include "src/panel/json_reader.h"
 
@@ -14,7 +15,7 @@ constexpr const char* kSecretKeys[] = {
     "password",  "auth_data", "token",      "uuid",          "id",
     "publicKey", "shortId",   "serverName", "subscribe_url", "sni"};
 constexpr char kMask[] = "***";
-constexpr size_t kLeastSecret = 4;   // bytes; a shorter one would mask half of every text
+constexpr size_t kLeastInside = 4;   // bytes; a shorter secret counts as a whole word alone
 constexpr size_t kTokenLength = 24;  // letters and digits in a row
 
 bool IsEmailByte(char byte) {
@@ -38,6 +39,9 @@ size_t EndOfRun(const std::string& text, size_t at, const Predicate& isKind) {
 
 void MaskEmails(std::string& text) {
   for (size_t sign = text.find('@'); sign != std::string::npos; sign = text.find('@', sign + 1)) {
+    if (std::string_view(text).substr(0, sign).ends_with(kMask)) {
+      continue;  // masked already
+    }
     size_t start = sign;
     while (start > 0 && IsEmailByte(text[start - 1])) {
       --start;
@@ -69,21 +73,20 @@ void MaskTokens(std::string& text) {
   }
 }
 
-// Position behind the closing quote of the string that begins at `open`.
-size_t EndOfString(std::string_view json, size_t open) {
-  for (size_t at = open + 1; at < json.size(); ++at) {
-    if (json[at] == '\\') {
-      ++at;
-    } else if (json[at] == '"') {
-      return at + 1;
-    }
-  }
-  return json.size();
+bool IsWordAt(const std::string& text, size_t at, size_t size) {
+  return (at == 0 || !IsTokenByte(text[at - 1])) &&
+         (at + size == text.size() || !IsTokenByte(text[at + size]));
 }
 
-bool IsKeyBefore(std::string_view json, size_t end) {
-  const size_t next = json.find_first_not_of(" \t\r\n", end);
-  return next != std::string_view::npos && json[next] == ':';
+void MaskSecret(const std::string& secret, std::string& text) {
+  for (size_t at = text.find(secret); at != std::string::npos; at = text.find(secret, at)) {
+    if (secret.size() >= kLeastInside || IsWordAt(text, at, secret.size())) {
+      text.replace(at, secret.size(), kMask);
+      at += sizeof(kMask) - 1;
+    } else {
+      ++at;
+    }
+  }
 }
 
 }  // namespace
@@ -91,23 +94,23 @@ bool IsKeyBefore(std::string_view json, size_t end) {
 std::vector<std::string> SecretsIn(const std::string& json) {
   std::vector<std::string> secrets;
   for (const char* key : kSecretKeys) {
-    std::string value = JsonString(json, key);
-    if (value.size() >= kLeastSecret) {
-      secrets.push_back(std::move(value));
-    }
+    secrets.push_back(JsonString(json, key));
   }
+  std::string name = JsonString(json, "email");
+  if (name.find('@') == std::string::npos) {
+    secrets.push_back(std::move(name));  // nothing else would mask it
+  }
+  std::erase(secrets, "");
+  return secrets;
+}
+
+std::string Scrub(std::string text, std::vector<std::string> secrets) {
   // A short one inside a longer one would leave the rest of it.
   std::stable_sort(
       secrets.begin(), secrets.end(),
       [](const std::string& left, const std::string& right) { return left.size() > right.size(); });
-  return secrets;
-}
-
-std::string Scrub(std::string text, const std::vector<std::string>& secrets) {
   for (const std::string& secret : secrets) {
-    for (size_t at = text.find(secret); at != std::string::npos; at = text.find(secret, at)) {
-      text.replace(at, secret.size(), kMask);
-    }
+    MaskSecret(secret, text);
   }
   MaskEmails(text);
   MaskTokens(text);

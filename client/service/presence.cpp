@@ -97,6 +97,12 @@ std::vector<RunningProcess> FindProcesses(const std::wstring& imageName) {
   return found;
 }
 
+bool CanListProcesses() {
+  bool sawOne = false;  // at least this one runs
+  ForEachProcess([&sawOne](const PROCESSENTRY32W&) { sawOne = true; });
+  return sawOne;
+}
+
 std::wstring ImageNameOf(DWORD id) {
   std::wstring name;
   ForEachProcess([&](const PROCESSENTRY32W& entry) {
@@ -150,7 +156,9 @@ ServicePlace FindServicePlace(const std::wstring& chosenRuntime) {
   place.installed = FindInstalledService();
   const std::wstring& commandLine = place.installed.commandLine;
   for (const RunningProcess& process : FindProcesses(kServiceImage)) {
-    place.directory = DirectoryOf(process.image);
+    if (place.directory.empty()) {  // a process that may not be opened does not tell it
+      place.directory = DirectoryOf(process.image);
+    }
   }
   if (place.directory.empty()) {
     place.directory = DirectoryOf(ProgramOfCommandLine(commandLine));

@@ -13,15 +13,18 @@ namespace vpn {
 
 struct RunningProcess {
   DWORD id = 0;
-  std::wstring image;  // full path, empty when the platform does not tell
+  std::wstring image;                    // full path, empty when the platform does not tell
   std::optional<std::uint64_t> runsFor;  // seconds, when the platform tells
 };
 
 // Until now; 0 for a moment to come.
 std::uint64_t SecondsSince(const FILETIME& moment);
 
-// Processes with this image name, case ignored, that have not ended.
+// Processes with this image name, case ignored, that have not ended. None when the platform does
+// not list them.
 std::vector<RunningProcess> FindProcesses(const std::wstring& imageName);
+
+bool CanListProcesses();
 
 // Image name of a process without its directory, empty when it does not run.
 std::wstring ImageNameOf(DWORD id);

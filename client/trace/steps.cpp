@@ -80,7 +80,8 @@ StepList StepsOf(const ConnectTrace& connect) {
     }
     if (result.steps.empty() || result.steps.back().index != meaning->step) {
       if (!result.steps.empty()) {
-        result.steps.back().isDone = true;  // what follows it says so, also when its own mark is lost
+        result.steps.back().isDone =
+            true;  // what follows it says so, also when its own mark is lost
       }
       Step step;
       step.index = meaning->step;

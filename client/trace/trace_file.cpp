@@ -17,7 +17,8 @@ bool ReadPart(const std::wstring& path, std::uint64_t from, std::string& text) {
   size_t count = 0;
   {
     const UniqueFile file(_wfsopen(path.c_str(), L"rb", _SH_DENYNO));
-    if (!file || std::setvbuf(file.get(), nullptr, _IONBF, 0) != 0 ||  // no byte more than is wanted
+    if (!file ||
+        std::setvbuf(file.get(), nullptr, _IONBF, 0) != 0 ||  // no byte more than is wanted
         _fseeki64(file.get(), static_cast<long long>(from), SEEK_SET) != 0) {
       return false;
     }

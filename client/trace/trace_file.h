@@ -27,8 +27,8 @@ bool ReadFileTail(const std::wstring& path, std::uint64_t limit, FileTail& tail)
 bool ReadFileFrom(const std::wstring& path, std::uint64_t from, std::uint64_t limit,
                   std::string& text);
 
-// The end of what was appended since the file had `before` bytes, at most `limit` bytes of it; all of
-// a file that is smaller than that, since it was made anew. False when it can't be opened.
+// The end of what was appended since the file had `before` bytes, at most `limit` bytes of it; all
+// of a file that is smaller than that, since it was made anew. False when it can't be opened.
 bool ReadFileEnd(const std::wstring& path, std::uint64_t before, std::uint64_t limit,
                  std::string& text);
 

@@ -79,8 +79,7 @@ std::optional<std::wstring> FindConflictingAdapter(const std::wstring& ownName) 
 
 Status CheckSystemProxy(HKEY user) {
   RegistryKey settings;
-  if (RegOpenKeyExW(user, L"Software\\Microsoft\\Windows\\CurrentVersion\\Internet Settings", 0,
-                    KEY_QUERY_VALUE, settings.put()) != ERROR_SUCCESS ||
+  if (RegOpenKeyExW(user, kProxySettingsKey, 0, KEY_QUERY_VALUE, settings.put()) != ERROR_SUCCESS ||
       !IsProxyEnabled(settings.get())) {
     return Status::success();
   }

@@ -16,6 +16,8 @@ Status CheckConflicts();
 // Each of them alone. `user` is the root of the user's registry, HKEY_CURRENT_USER or another's.
 Status CheckForeignAdapters();
 Status CheckSystemProxy(HKEY user);
+inline constexpr wchar_t kProxySettingsKey[] =
+    L"Software\\Microsoft\\Windows\\CurrentVersion\\Internet Settings";  // below `user`
 Status CheckSocksPort();
 
 }  // namespace vpn

@@ -166,5 +166,24 @@ TEST_F(Stream, OpeningFailsWithTheRuntimesCodes) {
   EXPECT_EQ(errno, EACCES);
 }
 
+TEST_F(Stream, AMoveTakesAnothersPlaceWhenItMay) {
+  const std::wstring from = Put(L"new", "new");
+  const std::wstring to = Put(L"old", "old and longer");
+  EXPECT_EQ(MoveFileExW(from.c_str(), to.c_str(), 0), FALSE);
+  EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_ALREADY_EXISTS));
+  EXPECT_NE(MoveFileExW(from.c_str(), to.c_str(), MOVEFILE_REPLACE_EXISTING), FALSE);
+  EXPECT_EQ(GetFileAttributesW(from.c_str()), INVALID_FILE_ATTRIBUTES);
+  EXPECT_EQ(Bytes(to), "new");
+}
+
+TEST_F(Stream, AMoveOntoADirectoryIsRefused) {
+  const std::wstring from = Put(L"new");
+  MakeDirectory(world.directory() + L"\\there");
+  EXPECT_EQ(MoveFileExW(from.c_str(), (world.directory() + L"\\there").c_str(),
+                        MOVEFILE_REPLACE_EXISTING),
+            FALSE);
+  EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_ACCESS_DENIED));
+}
+
 }  // namespace
 }  // namespace contract

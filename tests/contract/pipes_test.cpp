@@ -237,5 +237,29 @@ TEST_F(Pipe, ADescriptorOfAnotherRevisionGives1305) {
             1305u);
 }
 
+TEST_F(Pipe, AnAnonymousOneTakesItsSizeAtOnceAndKeepsItForTheReader) {
+  SECURITY_ATTRIBUTES attributes = {sizeof(attributes), nullptr, TRUE};
+  HANDLE reading = nullptr;
+  HANDLE writing = nullptr;
+  ASSERT_NE(CreatePipe(&reading, &writing, &attributes, 65536), FALSE);
+  const std::string bytes(65536, 'x');
+  DWORD count = 0;
+  EXPECT_NE(WriteFile(writing, bytes.data(), 65536, &count, nullptr), FALSE);
+  EXPECT_EQ(count, 65536u);
+  CloseHandle(writing);
+  DWORD available = 0;
+  EXPECT_NE(PeekNamedPipe(reading, nullptr, 0, nullptr, &available, nullptr), FALSE);
+  EXPECT_EQ(available, 65536u);
+  CloseHandle(reading);
+}
+
+TEST_F(Pipe, AClientMayForbidThatTheServerActsInItsName) {
+  server = Create();
+  client =
+      CreateFileW(kName, GENERIC_READ | GENERIC_WRITE, 0, nullptr, OPEN_EXISTING,
+                  FILE_ATTRIBUTE_NORMAL | SECURITY_SQOS_PRESENT | SECURITY_IDENTIFICATION, nullptr);
+  EXPECT_NE(client, INVALID_HANDLE_VALUE);
+}
+
 }  // namespace
 }  // namespace contract

@@ -1,6 +1,8 @@
 // The client against the shipping service.
 #include <nlohmann/json.hpp>
 
+#include <map>
+
 #include "tests/e2e/harness/client_run.h"
 #include "tests/e2e/harness/console_events.h"
 #include "tests/e2e/harness/service_test.h"
@@ -86,6 +88,15 @@ TEST_F(Client, CtrlCEndsTheClientAndNotTheConnect) {
   EXPECT_EQ(e2e::Ask(R"({"op":"status"})"), kUp);
 }
 
+TEST_F(Client, CtrlCOutsideAWaitHasItsExitCodeToo) {
+  StartService();
+  PipeClient other;  // the service is busy, and the doctor has waited for its reply in vain
+  ClientRun run(box, L"doctor");
+  WaitUntil("the doctor has begun", [&] { return !run.Output().empty(); });
+  PressCtrlC(run.pid());
+  EXPECT_EQ(run.ExitCode(), 130u);
+}
+
 TEST_F(Client, AFailedConnectSaysWhatToDo) {
   machine.Edit([](MachineState& state) { state.xray.exitCode = 23; });
   StartService();
@@ -141,10 +152,82 @@ TEST_F(Client, AReportHasNoSecretInIt) {
   EXPECT_TRUE(report.starts_with("# Tavrin: report for support\n"));
   EXPECT_NE(report.find("ipc op=connect"), std::string::npos);
   const Account account;
-  for (const std::string& secret :
-       {account.email, account.uuid, account.publicKey, account.shortId, account.sni}) {
+  for (const std::string& secret : {std::string("secret"), account.email, account.uuid,
+                                    account.publicKey, account.shortId, account.sni}) {
     EXPECT_EQ(report.find(secret), std::string::npos) << secret;
   }
+  EXPECT_FALSE(Exists(box.root() + L"\\report.md.part"));
+}
+
+std::uint64_t LastWrite(const std::wstring& path) {
+  WIN32_FILE_ATTRIBUTE_DATA data{};
+  EXPECT_NE(GetFileAttributesExW(path.c_str(), GetFileExInfoStandard, &data), FALSE);
+  return static_cast<std::uint64_t>(data.ftLastWriteTime.dwHighDateTime) << 32 |
+         data.ftLastWriteTime.dwLowDateTime;
+}
+
+TEST_F(Client, TheCheckOfTheConfigurationLeavesXraysLogAlone) {
+  StartService();
+  ASSERT_EQ(e2e::Ask(R"({"op":"connect"})"), kUp);
+  ASSERT_EQ(e2e::Ask(R"({"op":"disconnect"})"), kDown);
+  const std::wstring log = box.runtime() + L"\\xray-error.log";
+  const std::string content = ReadText(log);
+  const std::uint64_t time = LastWrite(log);
+  EXPECT_EQ(Finding("configuration").at("text"), "Xray accepts the last one");
+  EXPECT_EQ(ReadText(log), content);
+  EXPECT_EQ(LastWrite(log), time);
+  RemoveFile(log);
+  EXPECT_EQ(Finding("configuration").at("verdict"), "good");
+  EXPECT_FALSE(Exists(log));
+}
+
+TEST_F(Client, WithABusyServiceTheDoctorTakesItsTunnelForNothingElse) {
+  StartService();
+  ASSERT_EQ(e2e::Ask(R"({"op":"connect"})"), kUp);
+  PipeClient other;
+  ClientRun run(box, L"doctor --json");
+  (void)run.ExitCode();
+  std::map<std::string, std::string> verdicts;
+  for (const Json& finding : Json::parse(run.Output()).at("findings")) {
+    verdicts[finding.at("check")] = finding.at("verdict");
+  }
+  for (const char* check : {"service", "port", "leftovers"}) {
+    EXPECT_EQ(verdicts[check], "remark") << check;
+  }
+  EXPECT_EQ(verdicts["lastConnect"], "good");
+}
+
+TEST_F(Client, DamagedFilesGetNoGreenMark) {
+  const std::wstring wintun = box.runtime() + L"\\tun2socks\\wintun.dll";
+  const std::wstring panel = box.runtime() + L"\\panel.json";
+  WriteText(box.runtime() + L"\\xray\\geoip.dat", "data");
+  WriteText(box.runtime() + L"\\xray\\geosite.dat", "data");
+  EXPECT_EQ(Finding("programs").at("verdict"), "good");
+  WriteText(wintun, "");
+  EXPECT_TRUE(Finding("programs").at("text").get<std::string>().ends_with("wintun.dll is empty"));
+  RemoveFile(wintun);
+  MakeDirectories(wintun);
+  EXPECT_TRUE(
+      Finding("programs").at("text").get<std::string>().ends_with("wintun.dll is a directory"));
+  WriteText(panel, R"({"apiBase":"https://panel.example"})");
+  const HANDLE held =
+      CreateFileW(panel.c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr);
+  EXPECT_TRUE(Finding("panel").at("text").get<std::string>().ends_with("panel.json can't be read"));
+  CloseHandle(held);
+}
+
+// Nobody but this test stands behind the pipe.
+TEST_F(Client, HalfAReplyFromAPeerThatStaysEndsTheWait) {
+  const HANDLE pipe = CreateNamedPipeW(L"\\\\.\\pipe\\TavrinService", PIPE_ACCESS_DUPLEX,
+                                       PIPE_TYPE_BYTE | PIPE_WAIT, 1, 4096, 4096, 0, nullptr);
+  ASSERT_NE(pipe, INVALID_HANDLE_VALUE);
+  ClientRun run(box, L"disconnect");
+  ConnectNamedPipe(pipe, nullptr);
+  DWORD count = 0;
+  EXPECT_NE(WriteFile(pipe, "\x10\0", 2, &count, nullptr), FALSE);
+  EXPECT_EQ(run.ExitCode(), 2u);
+  EXPECT_TRUE(run.Errors().starts_with("The reply broke off in the middle.\n")) << run.Errors();
+  CloseHandle(pipe);
 }
 
 }  // namespace

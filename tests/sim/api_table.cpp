@@ -98,6 +98,7 @@ constexpr ApiEntry kTable[] = {
     Last("LockFileEx", ERROR_INVALID_FUNCTION),
     Named("UnlockFileEx", ERROR_NOT_LOCKED),
     Last("DeleteFileW", ERROR_ACCESS_DENIED),
+    Last("MoveFileExW", ERROR_ACCESS_DENIED),
     Last("GetFileAttributesW", ERROR_ACCESS_DENIED),
     Last("GetFileAttributesExW", ERROR_ACCESS_DENIED),
     Last("GetFileVersionInfoSizeW", 1813),

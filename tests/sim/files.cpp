@@ -83,6 +83,15 @@ std::uint64_t Files::BytesRead(const std::wstring& path) const {
   return Find(path)->bytesRead;
 }
 
+std::vector<FileNode> Files::All() const {
+  const MachineLock lock = core_.Lock();
+  std::vector<FileNode> all;
+  for (const auto& node : nodes_) {
+    all.push_back(*node);
+  }
+  return all;
+}
+
 std::vector<std::string> Files::List(const std::wstring& directory) const {
   const MachineLock lock = core_.Lock();
   std::vector<std::string> paths;
@@ -98,6 +107,11 @@ std::vector<std::string> Files::List(const std::wstring& directory) const {
 void Files::SetLocked(const std::wstring& path, bool locked) {
   const MachineLock lock = core_.Lock();
   Find(path)->locked = locked;
+}
+
+void Files::SetDenied(const std::wstring& path, bool denied) {
+  const MachineLock lock = core_.Lock();
+  Find(path)->denied = denied;
 }
 
 void Files::SetRangeLocked(const std::wstring& path, bool locked) {
@@ -164,6 +178,30 @@ std::uint32_t Files::Delete(const std::wstring& path) {
   return 0;
 }
 
+std::uint32_t Files::Move(const std::wstring& from, const std::wstring& to, bool replace) {
+  const MachineLock lock = core_.Lock();
+  const std::shared_ptr<FileNode> node = Find(from);
+  const std::shared_ptr<FileNode> directory = Find(DirectoryName(Absolute(to)));
+  if (!node || !directory) {
+    return node ? ERROR_PATH_NOT_FOUND : ERROR_FILE_NOT_FOUND;
+  }
+  const std::shared_ptr<FileNode> other = Find(to);
+  if (other && !replace) {
+    return ERROR_ALREADY_EXISTS;
+  }
+  if (other && (other->directory || other->readOnly || other->locked)) {
+    return ERROR_ACCESS_DENIED;
+  }
+  if (node->locked || node->readers + node->writers > 0) {
+    return ERROR_SHARING_VIOLATION;
+  }
+  if (other) {
+    Remove(to);
+  }
+  node->path = Absolute(to);
+  return 0;
+}
+
 std::vector<std::shared_ptr<FileNode>> Files::Match(const std::wstring& pattern) const {
   const MachineLock lock = core_.Lock();
   const std::wstring full = Absolute(pattern);
@@ -187,7 +225,8 @@ int Files::Open(const std::wstring& path, bool create, std::shared_ptr<FileNode>
   }
   *node = Find(full);
   if (*node) {
-    const bool refused = (*node)->directory || (*node)->locked || (create && (*node)->readOnly);
+    const bool refused =
+        (*node)->directory || (*node)->locked || (*node)->denied || (create && (*node)->readOnly);
     return refused ? EACCES : 0;
   }
   if (!create) {

@@ -18,11 +18,14 @@ struct FileNode {
   bool directory = false;
   bool readOnly = false;    // a directory: nothing can be created or deleted in it
   bool locked = false;      // another program holds it open and shares nothing
+  bool denied = false;      // this user may not even look at it
+  bool readsFail = false;   // opens, but gives no byte (a damaged disk)
   bool writesFail = false;  // opens, but every write to it is lost (a full disk)
   std::string content;
-  std::string accessList;  // in SDDL; empty: what C:\\Program Files has
-  std::string version;     // "0.1.0", of an executable with a version resource
-  std::int64_t lastWrite = 0;  // milliseconds since 1970, UTC
+  std::string accessList;       // in SDDL, with the owner or not; empty: what C:\\Program Files has
+  int changes = 0;              // how often it was opened for writing: each would change its time
+  std::string version;          // "0.1.0", of an executable with a version resource
+  std::int64_t lastWrite = 0;   // milliseconds since 1970, UTC
   std::uint64_t bytesRead = 0;  // by streams
   // What this machine's own streams have open: each read, write and share right counts.
   int readers = 0;
@@ -45,15 +48,19 @@ class Files {
   bool Exists(const std::wstring& path) const;
   std::optional<std::string> Read(const std::wstring& path) const;
   std::uint64_t BytesRead(const std::wstring& path) const;  // by the product, with streams
+  // Every file and directory.
+  std::vector<FileNode> All() const;
   // Names (full paths, UTF-8) of every file below a directory, sorted.
   std::vector<std::string> List(const std::wstring& directory) const;
   void SetLocked(const std::wstring& path, bool locked);
+  void SetDenied(const std::wstring& path, bool denied);
   void SetRangeLocked(const std::wstring& path, bool locked);  // by another program
   void SetReadOnly(const std::wstring& path, bool readOnly);
   void SetAccessList(const std::wstring& path, const std::string& sddl);
   void SetLastWrite(const std::wstring& path, std::int64_t unixMilliseconds);
   void SetVersion(const std::wstring& path, const std::string& version);
   void SetWritesFail(const std::wstring& path, bool fail);
+  bool isDiskFull = false;  // every write to any file is lost
 
   // For the platform's calls --------------------------------------------------------------------
   // Relative paths start from here.
@@ -63,6 +70,7 @@ class Files {
   std::shared_ptr<FileNode> Find(const std::wstring& path) const;
   // Win32 codes; 0 for success.
   std::uint32_t Delete(const std::wstring& path);
+  std::uint32_t Move(const std::wstring& from, const std::wstring& to, bool replace);
   std::vector<std::shared_ptr<FileNode>> Match(const std::wstring& pattern) const;
   // errno codes; 0 for success. Makes the file when it is missing and `create` is set.
   int Open(const std::wstring& path, bool create, std::shared_ptr<FileNode>* node);

@@ -160,5 +160,55 @@ TEST_F(FileCalls, NarrowTextOnAWideStreamIsAViolation) {
   machine.ForgetViolations();
 }
 
+TEST_F(FileCalls, AMoveTakesAnothersPlaceWhenItMay) {
+  machine.files.Put(L"C:\\run\\a", "new");
+  machine.files.Put(L"C:\\run\\b", "old");
+  EXPECT_EQ(MoveFileExW(L"C:\\run\\a", L"C:\\run\\b", 0), FALSE);
+  EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_ALREADY_EXISTS));
+  EXPECT_NE(MoveFileExW(L"C:\\run\\a", L"C:\\run\\b", MOVEFILE_REPLACE_EXISTING), FALSE);
+  EXPECT_EQ(machine.files.Read(L"C:\\run\\b"), "new");
+  EXPECT_FALSE(machine.files.Exists(L"C:\\run\\a"));
+}
+
+TEST_F(FileCalls, AMoveThatCantBeDoneSaysWhy) {
+  machine.files.Put(L"C:\\run\\a");
+  machine.files.PutDirectory(L"C:\\run\\d");
+  const std::pair<const wchar_t*, DWORD> cases[] = {{L"C:\\run\\d", ERROR_ACCESS_DENIED},
+                                                    {L"C:\\gone\\b", ERROR_PATH_NOT_FOUND}};
+  for (const auto& [to, error] : cases) {
+    EXPECT_EQ(MoveFileExW(L"C:\\run\\a", to, MOVEFILE_REPLACE_EXISTING), FALSE);
+    EXPECT_EQ(GetLastError(), error);
+  }
+  EXPECT_EQ(MoveFileExW(L"C:\\run\\gone", L"C:\\run\\b", 0), FALSE);
+  EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_FILE_NOT_FOUND));
+  std::FILE* const file = _wfsopen(L"C:\\run\\a", L"rb", _SH_DENYNO);
+  EXPECT_EQ(MoveFileExW(L"C:\\run\\a", L"C:\\run\\b", 0), FALSE);
+  EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_SHARING_VIOLATION));
+  std::fclose(file);
+}
+
+TEST_F(FileCalls, AFileMayBeDeniedOrGiveNothing) {
+  machine.files.Put(L"C:\\run\\a", "text");
+  machine.files.SetDenied(L"C:\\run\\a", true);
+  WIN32_FILE_ATTRIBUTE_DATA data = {};
+  EXPECT_EQ(GetFileAttributesExW(L"C:\\run\\a", GetFileExInfoStandard, &data), FALSE);
+  EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_ACCESS_DENIED));
+  EXPECT_EQ(GetFileAttributesW(L"C:\\run\\a"), INVALID_FILE_ATTRIBUTES);
+  EXPECT_EQ(ReadAll(L"C:\\run\\a"), "(not opened)");
+  machine.files.SetDenied(L"C:\\run\\a", false);
+  machine.files.Find(L"C:\\run\\a")->readsFail = true;
+  EXPECT_EQ(ReadAll(L"C:\\run\\a"), "");
+}
+
+TEST_F(FileCalls, AFullDiskLosesWhatIsWritten) {
+  machine.files.PutDirectory(L"C:\\run");
+  machine.files.isDiskFull = true;
+  std::FILE* const file = _wfsopen(L"C:\\run\\a", L"wb", _SH_DENYNO);
+  EXPECT_EQ(std::fwrite("text", 1, 4, file), 0u);
+  std::fclose(file);
+  EXPECT_EQ(machine.files.Read(L"C:\\run\\a"), "");
+  EXPECT_EQ(machine.files.Find(L"C:\\run\\a")->changes, 1);
+}
+
 }  // namespace
 }  // namespace sim

@@ -58,9 +58,9 @@ void Machine::Install(std::shared_ptr<Machine> machine) {
 }
 
 void Machine::PutHelpers(const std::wstring& runtimeDir) {
-  files.Put(runtimeDir + L"\\xray\\xray.exe");
-  files.Put(runtimeDir + L"\\tun2socks\\tun2socks-windows-amd64.exe");
-  files.Put(runtimeDir + L"\\tun2socks\\wintun.dll");
+  files.Put(runtimeDir + L"\\xray\\xray.exe", "MZ");
+  files.Put(runtimeDir + L"\\tun2socks\\tun2socks-windows-amd64.exe", "MZ");
+  files.Put(runtimeDir + L"\\tun2socks\\wintun.dll", "MZ");
   programs.On(L"xray.exe", TypicalXray());
   programs.On(L"tun2socks*.exe", TypicalTun2socks());
 }

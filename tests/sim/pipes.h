@@ -78,6 +78,7 @@ struct PipeClientEnd : Object {
 // What CreatePipe makes: the two ends of one stream of bytes.
 struct AnonymousPipe {
   std::string bytes;
+  size_t size = 0;        // that the product's writes have to fit in
   bool hasWriter = true;  // an end in this process or a child that inherited it
 };
 struct AnonymousReader : Object {

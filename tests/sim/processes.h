@@ -43,7 +43,8 @@ struct Process : Object, std::enable_shared_from_this<Process> {
   std::uint32_t nameError = 0;  // QueryFullProcessImageNameW fails with this
   std::weak_ptr<Job> job;
   std::shared_ptr<AnonymousPipe> output;  // where a child's standard streams lead, if anywhere
-  std::uint64_t adapterLuid = 0;          // of the adapter that it brought, while that is there
+  std::shared_ptr<AnonymousPipe> input;
+  std::uint64_t adapterLuid = 0;  // of the adapter that it brought, while that is there
   Script script;
 };
 

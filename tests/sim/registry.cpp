@@ -38,6 +38,11 @@ void Registry::RemoveKey(const std::wstring& key) {
   keys_.erase(Fold(key));
 }
 
+std::map<std::wstring, Registry::Values> Registry::All() const {
+  const MachineLock lock = core_.Lock();
+  return keys_;
+}
+
 bool Registry::HasKey(const std::wstring& key) const {
   const MachineLock lock = core_.Lock();
   return keys_.count(Fold(key)) != 0;

@@ -16,6 +16,7 @@ namespace sim {
 struct RegistryValue {
   std::uint32_t type = 0;
   std::vector<std::uint8_t> data;  // text in units of sizeof(wchar_t)
+  bool operator==(const RegistryValue&) const = default;
 };
 
 // Keys below HKEY_CURRENT_USER, by path and without regard to case. Those of other users begin with
@@ -31,12 +32,14 @@ class Registry {
   void AddKey(const std::wstring& key);
   void RemoveKey(const std::wstring& key);
 
+  using Values = std::map<std::wstring, RegistryValue>;
+  std::map<std::wstring, Values> All() const;
   bool HasKey(const std::wstring& key) const;
   std::optional<RegistryValue> Find(const std::wstring& key, const std::wstring& name) const;
 
  private:
   Core& core_;
-  std::map<std::wstring, std::map<std::wstring, RegistryValue>> keys_;
+  std::map<std::wstring, Values> keys_;
 };
 
 struct RegistryKey : Object {

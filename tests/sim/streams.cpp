@@ -130,6 +130,7 @@ int Streams::Open(const std::wstring& path, const OpenMode& mode, Sharing sharin
   stream->sharing = sharing;
   stream->descriptor = nextDescriptor_++;
   Count(*stream, 1);
+  stream->node->changes += mode.write ? 1 : 0;
   if (mode.truncate) {
     stream->node->content.clear();
   }
@@ -182,7 +183,7 @@ size_t Streams::ReadBytes(Stream& stream, char* buffer, size_t size) {
   const MachineLock lock = core_.Lock();
   const std::string& content = stream.node->content;
   const size_t from = std::min(stream.position, content.size());
-  const size_t count = std::min(size, content.size() - from);
+  const size_t count = stream.node->readsFail ? 0 : std::min(size, content.size() - from);
   std::memcpy(buffer, content.data() + from, count);
   stream.position = from + count;
   stream.node->bytesRead += count;
@@ -209,7 +210,7 @@ bool Streams::Append(Stream& stream, const std::string& bytes) {
     return true;
   }
   FileNode& node = *stream.node;
-  if (node.writesFail) {
+  if (node.writesFail || files_.isDiskFull) {
     return false;
   }
   if (stream.mode.append) {

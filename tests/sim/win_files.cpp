@@ -95,6 +95,15 @@ BOOL DeleteFileW(LPCWSTR name) {
   return error == 0 ? TRUE : call.Fail(FALSE, error);
 }
 
+BOOL MoveFileExW(LPCWSTR from, LPCWSTR to, DWORD flags) {
+  Call call("MoveFileExW", {from, to, flags});
+  if (call.failed()) {
+    return call.Fail(FALSE);
+  }
+  const DWORD error = call->files.Move(from, to, (flags & MOVEFILE_REPLACE_EXISTING) != 0);
+  return error == 0 ? TRUE : call.Fail(FALSE, error);
+}
+
 DWORD GetFileAttributesW(LPCWSTR name) {
   Call call("GetFileAttributesW", {name});
   if (call.failed()) {
@@ -108,6 +117,9 @@ DWORD GetFileAttributesW(LPCWSTR name) {
   if (!node) {
     return call.Fail(INVALID_FILE_ATTRIBUTES, MissingError(call->files, path));
   }
+  if (node->denied) {
+    return call.Fail(INVALID_FILE_ATTRIBUTES, ERROR_ACCESS_DENIED);
+  }
   return AttributesOf(*node);
 }
 
@@ -117,8 +129,8 @@ BOOL GetFileAttributesExW(LPCWSTR name, GET_FILEEX_INFO_LEVELS /*level*/, LPVOID
     return call.Fail(FALSE);
   }
   const auto node = call->files.Find(name);
-  if (!node) {
-    return call.Fail(FALSE, MissingError(call->files, name));
+  if (!node || node->denied) {
+    return call.Fail(FALSE, node ? ERROR_ACCESS_DENIED : MissingError(call->files, name));
   }
   auto* const found = static_cast<WIN32_FILE_ATTRIBUTE_DATA*>(data);
   *found = {};

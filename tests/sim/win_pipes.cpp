@@ -60,6 +60,17 @@ std::uint32_t WriteAll(Call& call, End& end, const char* bytes, DWORD count, DWO
   });
 }
 
+// Nobody reads meanwhile, so what does not fit would block for ever.
+BOOL WriteAnonymous(Call& call, sim::AnonymousPipe& pipe, std::string_view bytes, DWORD* written) {
+  if (pipe.bytes.size() + bytes.size() > pipe.size) {
+    call->AddViolation("a write of " + std::to_string(bytes.size()) + " bytes would block");
+    return call.Fail(FALSE, ERROR_NO_DATA);
+  }
+  pipe.bytes += bytes;
+  *written = static_cast<DWORD>(bytes.size());
+  return TRUE;
+}
+
 sim::PipeSettings SettingsOf(const Call& call, LPCWSTR name,
                              const SECURITY_ATTRIBUTES* attributes) {
   sim::PipeSettings settings;
@@ -107,10 +118,11 @@ DWORD GetNamedSecurityInfoW(LPCWSTR name, SE_OBJECT_TYPE type, DWORD information
     return call.code();
   }
   const auto node = call->files.Find(name);
-  if (!node || type != SE_FILE_OBJECT || information != DACL_SECURITY_INFORMATION) {
+  if (!node || type != SE_FILE_OBJECT || (information & DACL_SECURITY_INFORMATION) == 0) {
     return node ? ERROR_INVALID_PARAMETER : ERROR_FILE_NOT_FOUND;
   }
-  constexpr char kProgramFiles[] = "D:PAI(A;OICI;FA;;;SY)(A;OICI;FA;;;BA)(A;OICI;0x1200a9;;;BU)";
+  constexpr char kProgramFiles[] =
+      "O:BAD:PAI(A;OICI;FA;;;SY)(A;OICI;FA;;;BA)(A;OICI;0x1200a9;;;BU)";
   const auto owner = std::make_shared<std::wstring>(
       sim::Widen(node->accessList.empty() ? kProgramFiles : node->accessList));
   *descriptor = owner.get();
@@ -154,6 +166,7 @@ BOOL CreatePipe(HANDLE* reading, HANDLE* writing, SECURITY_ATTRIBUTES* attribute
   const auto reader = std::make_shared<sim::AnonymousReader>();
   const auto writer = std::make_shared<sim::AnonymousWriter>();
   reader->pipe = writer->pipe = std::make_shared<sim::AnonymousPipe>();
+  reader->pipe->size = size == 0 ? 4096 : size;
   *reading = call.OpenHandle(reader);
   *writing = call.OpenHandle(writer);
   return TRUE;
@@ -284,6 +297,10 @@ BOOL WriteFile(HANDLE file, LPCVOID buffer, DWORD count, DWORD* written,
     call->console.Append(file, std::string(static_cast<const char*>(buffer), count));
     *written = count;
     return TRUE;
+  }
+  if (const auto writer =
+          std::dynamic_pointer_cast<sim::AnonymousWriter>(call.Kernel<sim::Object>(file))) {
+    return WriteAnonymous(call, *writer->pipe, {static_cast<const char*>(buffer), count}, written);
   }
   count = call->pipes.TakeLimit(count);
   if (count == 0) {

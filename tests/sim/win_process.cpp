@@ -129,6 +129,9 @@ BOOL CreateProcessW(LPCWSTR applicationName, LPWSTR commandLine,
   if ((startupInfo->dwFlags & STARTF_USESTDHANDLES) != 0) {
     const auto writer = call.Kernel<sim::AnonymousWriter>(startupInfo->hStdOutput);
     process->output = writer ? writer->pipe : nullptr;
+    if (startupInfo->hStdInput != nullptr) {
+      process->input = call.Kernel<sim::AnonymousReader>(startupInfo->hStdInput)->pipe;
+    }
   }
   const auto thread = std::make_shared<sim::ChildThread>();
   thread->process = process;

@@ -2,9 +2,12 @@
 // an error log. The machine state says how slow it is and how it fails.
 #include <winsock2.h>
 #include <ws2tcpip.h>
+#include <fcntl.h>
+#include <io.h>
 
 #include <cstdio>
 #include <exception>
+#include <optional>
 #include <stdexcept>
 
 #include "tests/standins/files.h"
@@ -44,10 +47,22 @@ void PrintVersion() {
   std::printf("Xray 26.1.1 (Xray, Penetrates Everything.) standin (go1.26 windows/amd64)\n");
 }
 
+// "stdin:" stands for the standard input, as for the real one.
+std::optional<std::string> ReadConfigText(const std::wstring& path) {
+  if (path != L"stdin:") return ReadWholeFile(path);
+  _setmode(_fileno(stdin), _O_BINARY);
+  std::string text;
+  char chunk[4096];
+  for (size_t count = 0; (count = std::fread(chunk, 1, sizeof(chunk), stdin)) > 0;) {
+    text.append(chunk, count);
+  }
+  return text;
+}
+
 XrayConfig LoadConfig(const wchar_t* path) {
   PrintVersion();
   try {
-    const auto text = ReadWholeFile(path);
+    const auto text = ReadConfigText(path);
     if (!text) throw std::runtime_error("cannot read the file");
     const XrayConfig config = ReadXrayConfig(*text);
     OpenErrorLog(config);

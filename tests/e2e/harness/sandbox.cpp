@@ -80,7 +80,7 @@ void Sandbox::InstallHelpers(const std::wstring& directory) const {
   CopyProgram(L"standins\\xray.exe", directory + L"\\xray\\xray.exe");
   CopyProgram(L"standins\\tun2socks-windows-amd64.exe",
               directory + L"\\tun2socks\\tun2socks-windows-amd64.exe");
-  WriteText(directory + L"\\tun2socks\\wintun.dll", "not a library");
+  WriteText(directory + L"\\tun2socks\\wintun.dll", "MZ, and no library");
 }
 
 void MakeDirectories(const std::wstring& path) {

@@ -19,6 +19,8 @@
 #define OPEN_EXISTING 3
 #define OPEN_ALWAYS 4
 #define TRUNCATE_EXISTING 5
+#define SECURITY_IDENTIFICATION 0x00010000u
+#define SECURITY_SQOS_PRESENT 0x00100000u
 #define LOCKFILE_FAIL_IMMEDIATELY 0x00000001u
 #define LOCKFILE_EXCLUSIVE_LOCK 0x00000002u
 
@@ -67,6 +69,8 @@ BOOL LockFileEx(HANDLE file, DWORD flags, DWORD reserved, DWORD countLow, DWORD 
                 OVERLAPPED* place);
 BOOL UnlockFileEx(HANDLE file, DWORD reserved, DWORD countLow, DWORD countHigh, OVERLAPPED* place);
 BOOL DeleteFileW(LPCWSTR name);
+#define MOVEFILE_REPLACE_EXISTING 0x00000001u
+BOOL MoveFileExW(LPCWSTR from, LPCWSTR to, DWORD flags);
 DWORD GetFileAttributesW(LPCWSTR name);
 struct WIN32_FILE_ATTRIBUTE_DATA {
   DWORD dwFileAttributes;
@@ -94,6 +98,8 @@ BOOL ConvertStringSecurityDescriptorToSecurityDescriptorW(LPCWSTR text, DWORD re
                                                           PSECURITY_DESCRIPTOR* descriptor,
                                                           ULONG* size);
 
+using SECURITY_INFORMATION = DWORD;
+#define OWNER_SECURITY_INFORMATION 0x00000001u
 #define DACL_SECURITY_INFORMATION 0x00000004u
 enum SE_OBJECT_TYPE { SE_UNKNOWN_OBJECT_TYPE = 0, SE_FILE_OBJECT };
 DWORD GetNamedSecurityInfoW(LPCWSTR name, SE_OBJECT_TYPE type, DWORD information, LPVOID* owner,

@@ -260,8 +260,7 @@ TEST_F(ConnectTest, CtrlCEndsTheClientAndNotTheConnect) {
 TEST_F(ConnectTest, ATimeOutEndsTheClientAndNotTheConnect) {
   ScriptedService service(machine);
   EXPECT_EQ(Run({L"connect", L"--timeout", L"3", L"--json"}), 2);
-  EXPECT_EQ(Out(),
-            "{\n  \"schema\": 1,\n  \"reachable\": true,\n  \"reason\": \"timeout\"\n}\n");
+  EXPECT_EQ(Out(), "{\n  \"schema\": 1,\n  \"reachable\": true,\n  \"reason\": \"timeout\"\n}\n");
   EXPECT_NE(Err().find("The service goes on with the connect.\n"), std::string::npos);
 }
 

@@ -74,8 +74,9 @@ TEST_F(NodesTest, WithoutAnAccountTheReasonIsShown) {
 }
 
 TEST_F(NodesTest, APortThatCantBeIsSaidAndNotTried) {
-  machine.files.Put(std::wstring(unit::kRuntime) + L"\\account.json",
-                    R"({"email":"someone@mail.example","expireAt":"2999-12-31","nodeName":"Tokyo 01",
+  machine.files.Put(
+      std::wstring(unit::kRuntime) + L"\\account.json",
+      R"({"email":"someone@mail.example","expireAt":"2999-12-31","nodeName":"Tokyo 01",
       "address":"203.0.113.77","port":70000,"uuid":"u"})");
   EXPECT_EQ(Run({L"nodes", L"--latency"}), 0);
   EXPECT_EQ(Out(),

@@ -14,6 +14,14 @@ class ReportTest : public unit::DoctorTest {
   bool Holds(const std::string& report, const std::string& text) {
     return report.find(text) != std::string::npos;
   }
+  // A log that quotes everything, in words and inside them.
+  void QuoteInLog(const std::vector<std::string>& secrets) {
+    std::string log;
+    for (const std::string& secret : secrets) {
+      log += "ipc op=" + secret + "\n<" + secret + "> x" + secret + "y\n";
+    }
+    machine.files.Put(InRuntime(L"tavrin-service.log"), log);
+  }
 };
 
 TEST_F(ReportTest, HasEverythingThatSupportAsksFor) {
@@ -35,22 +43,62 @@ TEST_F(ReportTest, HasEverythingThatSupportAsksFor) {
   EXPECT_EQ(Out(), "Written to C:\\report.md. Passwords, keys and tokens are left out.\n");
 }
 
-TEST_F(ReportTest, HoldsNoSecretOfTheAccount) {
-  const std::string config = R"({"vnext":[{"address":"203.0.113.77","users":[
-    {"id":"6f2c9d4e-5b1a-4c3d-8e7f-0123456789ab"}]}],"publicKey":"AAAAAAAAAAAAAAAAAAAA",
-    "shortId":"0123abcd","serverName":"www.site.example"})";
+TEST_F(ReportTest, HoldsNoSecretOfALocalAccount) {
+  const std::vector<std::string> secrets = {"secret",
+                                            "someone@",
+                                            "6f2c9d4e-5b1a-4c3d-8e7f-0123456789ab",
+                                            "www.site.example",
+                                            "AAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAA",
+                                            "0123abcd"};
+  std::string config = R"({"vnext":[{"address":"203.0.113.77","users":[)"
+                       R"({"id":"6f2c9d4e-5b1a-4c3d-8e7f-0123456789ab"}]}],)"
+                       R"("publicKey":"AAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAA",)"
+                       R"("shortId":"0123abcd","serverName":"www.site.example"})";
   machine.files.Put(InRuntime(L"session.json.xray.json"), config);
-  machine.files.Put(InRuntime(L"session.json"),
-                    R"({"email":"someone@mail.example","auth_data":"c0ffee-credential"})");
-  machine.files.Put(InRuntime(L"tavrin-service.log"),
-                    "ipc op=c0ffee-credential\nsomeone@mail.example 0123abcd secret\n"
-                    "6f2c9d4e-5b1a-4c3d-8e7f-0123456789ab www.site.example\n");
+  QuoteInLog(secrets);
+  machine.programs.On(L"xray.exe",
+                      sim::Script().Prints("Xray 1.2\nFailed: " + config + "\n").Exits(23, 9));
   const std::string report = Report();
-  for (const char* secret :
-       {"6f2c9d4e", "c0ffee", "someone", "0123abcd", "AAAAAAAA", "www.site.example", " secret"}) {
+  for (const std::string& secret : secrets) {
     EXPECT_FALSE(Holds(report, secret)) << secret;
   }
   EXPECT_TRUE(Holds(report, "so***@mail.example"));
+  EXPECT_TRUE(Holds(report, "ipc op=***\n<***> x***y\n"));
+}
+
+TEST_F(ReportTest, HoldsNoSecretOfAPanelsSession) {
+  machine.files.Put(InRuntime(L"panel.json"), R"({"apiBase":"https://panel.example"})");
+  machine.files.Put(InRuntime(L"session.json"),
+                    R"({"email":"someone@mail.example","auth_data":"Bearer c0ffee+cred/x=="})");
+  machine.http.Handle([](const sim::HttpRequestRecord&) {
+    return std::optional<sim::HttpAnswer>(
+        {.status = 400, .body = R"({"message":"no such session Bearer c0ffee+cred/x=="})"});
+  });
+  const std::vector<std::string> secrets = {"Bearer c0ffee+cred/x==", "someone@"};
+  QuoteInLog(secrets);
+  const std::string report = Report();
+  for (const char* secret : {"c0ffee", "cred/x", "someone@"}) {
+    EXPECT_FALSE(Holds(report, secret)) << secret;
+  }
+  EXPECT_TRUE(Holds(report, "ipc op=***\n<***> x***y\n"));
+}
+
+TEST_F(ReportTest, AnAccountsNameThatIsNoAddressIsASecret) {
+  machine.files.Put(InRuntime(L"session.json"), R"({"email":"wanderer","auth_data":"abc"})");
+  machine.files.Put(InRuntime(L"tavrin-service.log"), "op=wanderer wanderers abc abcd\n");
+  const std::string report = Report();
+  EXPECT_FALSE(Holds(report, "wanderer"));
+  EXPECT_TRUE(Holds(report, "op=*** ***s *** abcd\n"));
+}
+
+TEST_F(ReportTest, AHugeSettingsFileIsReadInPart) {
+  machine.files.Put(InRuntime(L"session.json"),
+                    R"({"auth_data":"c0ffee-credential"})" + std::string(4 << 20, ' '));
+  machine.files.Put(InRuntime(L"session.json.xray.json"), std::string(4 << 20, '['));
+  machine.files.Put(InRuntime(L"tavrin-service.log"), "op=c0ffee-credential\n");
+  const std::string report = Report();
+  EXPECT_TRUE(Holds(report, "op=***\n"));
+  EXPECT_LT(report.size(), size_t{2} << 20);
 }
 
 TEST_F(ReportTest, OnlyTheEndsOfLongFilesAreInIt) {
@@ -81,7 +129,15 @@ TEST_F(ReportTest, AFileThatCantBeWrittenIsSaid) {
   EXPECT_EQ(Run({L"report", L"Q:\\report.md"}), 1);
   EXPECT_EQ(Err(),
             "The report can't be written: Q:\\report.md\n"
-            "  What to do: name a file in a directory of your own.\n");
+            "  What to do: name a file in a directory of your own, on a disk with room for it.\n");
+}
+
+TEST_F(ReportTest, AFullDiskIsNoSuccess) {
+  machine.files.isDiskFull = true;
+  EXPECT_EQ(Run({L"report", kFile}), 1);
+  EXPECT_EQ(Out(), "");
+  EXPECT_FALSE(machine.files.Exists(kFile));
+  EXPECT_FALSE(machine.files.Exists(L"C:\\report.md.part"));
 }
 
 }  // namespace

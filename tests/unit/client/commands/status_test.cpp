@@ -254,6 +254,13 @@ TEST_F(StatusTest, AWatchSaysAtOnceThatTheServiceIsBusy) {
   EXPECT_EQ(Out(), "The service is busy with another client.\n");
 }
 
+TEST_F(StatusTest, AWatchSaysAtOnceThatTheServiceHasNoPipeYet) {
+  machine.services.Install({.name = "TavrinService", .state = SERVICE_START_PENDING});
+  machine.clock.After(500, [&] { machine.console.Send(CTRL_C_EVENT); });
+  EXPECT_EQ(Run({L"status", L"--watch"}), 130);
+  EXPECT_EQ(Out(), "The service has no pipe yet.\n");
+}
+
 TEST_F(StatusTest, AWatchEndsAtCtrlCWhileAReplyIsAwaited) {
   ScriptedService service(machine);
   machine.clock.After(200, [&] { machine.console.Send(CTRL_C_EVENT); });

@@ -107,8 +107,8 @@ TEST_F(TraceTest, APageThatCantTakeItsPlaceLeavesNothingBeside) {
 TEST_F(TraceTest, EachOfSeveralStandsBesideTheMediansBeforeIt) {
   std::string text;
   for (const char* time : {"100", "300", "200"}) {
-    text += unit::RecordedLines(1) + "ipv6 leak blocked            +  100ms  total  " + time +
-            "ms\r\n";
+    text +=
+        unit::RecordedLines(1) + "ipv6 leak blocked            +  100ms  total  " + time + "ms\r\n";
   }
   machine.files.Put(unit::kTrace, text);
   EXPECT_EQ(Run({L"trace", L"--last", L"2"}), 0);

@@ -1,11 +1,7 @@
-#include "client/doctor/directory_access.h"
-
 #include "tests/unit/client/doctor/doctor_test.h"
 
 namespace vpn {
 namespace {
-
-using Writers = std::vector<std::wstring>;
 
 constexpr wchar_t kAdvice[] =
     L"the service runs what lies there with the system's rights: move it below "
@@ -13,42 +9,10 @@ constexpr wchar_t kAdvice[] =
 
 class DirectoryAccessTest : public unit::DoctorTest {};
 
-TEST_F(DirectoryAccessTest, ReadersAreNoWriters) {
-  EXPECT_EQ(ForeignWriters(L"D:PAI(A;OICI;FA;;;SY)(A;OICI;FA;;;BA)(A;OICI;0x1200a9;;;BU)"),
-            Writers());
-  EXPECT_EQ(ForeignWriters(L"D:(A;;FRFX;;;WD)(A;;GRGX;;;AU)"), Writers());
-}
-
-TEST_F(DirectoryAccessTest, WhoMayWriteIsNamedOnce) {
-  EXPECT_EQ(ForeignWriters(L"D:(A;OICI;FA;;;WD)(A;;0x1301bf;;;BU)(A;;GW;;;AU)(A;;FA;;;WD)"),
-            (Writers{L"everyone", L"the users", L"every user who is signed in"}));
-}
-
-TEST_F(DirectoryAccessTest, EachRightThatChangesSomethingCounts) {
-  for (const wchar_t* right : {L"0x2", L"0x4", L"0x40", L"0x10000", L"0x40000", L"0x80000",
-                               L"0x10000000", L"0x40000000", L"FW", L"GA", L"WD", L"WO", L"SD"}) {
-    EXPECT_EQ(ForeignWriters(std::wstring(L"D:(A;;") + right + L";;;BU)"), Writers{L"the users"})
-        << right;
-  }
-}
-
-TEST_F(DirectoryAccessTest, ARefusalIsNoRight) {
-  EXPECT_EQ(ForeignWriters(L"D:(D;;FA;;;BU)(OA;;FA;;;BU)"), Writers());
-}
-
-TEST_F(DirectoryAccessTest, AnUnknownTrusteeIsNamedByItsNumber) {
-  EXPECT_EQ(ForeignWriters(L"D:(A;;FA;;;S-1-5-21-1-2-3-1001)"), Writers{L"S-1-5-21-1-2-3-1001"});
-}
-
-TEST_F(DirectoryAccessTest, NoListAtAllAllowsEveryone) {
-  EXPECT_EQ(ForeignWriters(L"D:NO_ACCESS_CONTROL"), Writers{L"everyone"});
-  EXPECT_EQ(ForeignWriters(L"O:BA"), Writers{L"everyone"});
-  EXPECT_EQ(ForeignWriters(L"D:P"), Writers());
-}
-
 TEST_F(DirectoryAccessTest, ADirectoryBelowProgramFilesIsGood) {
   ExpectGood(CheckDirectoryAccess(patient),
-             L"only administrators may write to C:\\Program Files\\Tavrin\\runtime");
+             L"only administrators may write to C:\\Program Files\\Tavrin\\runtime and to the "
+             L"service's programs");
 }
 
 TEST_F(DirectoryAccessTest, ADirectoryForEveryoneIsARemark) {
@@ -57,8 +21,53 @@ TEST_F(DirectoryAccessTest, ADirectoryForEveryoneIsARemark) {
                L"everyone, the users may write to C:\\Program Files\\Tavrin\\runtime", kAdvice);
 }
 
+TEST_F(DirectoryAccessTest, TheDirectoriesOfTheProgramsAreLookedAtToo) {
+  for (const wchar_t* directory :
+       {L"C:\\Program Files\\Tavrin", L"C:\\Program Files\\Tavrin\\runtime\\xray",
+        L"C:\\Program Files\\Tavrin\\runtime\\tun2socks"}) {
+    machine.files.SetAccessList(directory, "O:BAD:(A;;0x4;;;BU)");
+    ExpectRemark(CheckDirectoryAccess(patient),
+                 std::wstring(L"the users may write to ") + directory, kAdvice);
+    machine.files.SetAccessList(directory, "");
+  }
+}
+
+TEST_F(DirectoryAccessTest, TheSameWritersAreNamedOnceForAWholeTree) {
+  for (const wchar_t* directory : {L"C:\\Program Files\\Tavrin", unit::kRuntime,
+                                   L"C:\\Program Files\\Tavrin\\runtime\\xray"}) {
+    machine.files.SetAccessList(directory, "O:BAD:(A;;FA;;;BU)");
+  }
+  EXPECT_EQ(CheckDirectoryAccess(patient).text,
+            L"the users may write to C:\\Program Files\\Tavrin");
+  machine.files.SetAccessList(L"C:\\Program Files\\Tavrin\\runtime\\tun2socks",
+                              "O:BAD:(A;;FA;;;WD)");
+  EXPECT_EQ(CheckDirectoryAccess(patient).text,
+            L"the users may write to C:\\Program Files\\Tavrin; everyone may write to "
+            L"C:\\Program Files\\Tavrin\\runtime\\tun2socks");
+  machine.files.SetAccessList(L"C:\\Program Files\\Tavrin", "");
+  machine.files.SetAccessList(unit::kRuntime, "");
+  machine.files.SetAccessList(L"C:\\Program Files\\Tavrin\\runtime\\tun2socks",
+                              "O:BAD:(A;;FA;;;BU)");
+  EXPECT_EQ(CheckDirectoryAccess(patient).text,
+            L"the users may write to C:\\Program Files\\Tavrin\\runtime\\xray and to "
+            L"C:\\Program Files\\Tavrin\\runtime\\tun2socks");
+}
+
+TEST_F(DirectoryAccessTest, AServiceThatLiesInItsRuntimeDirectoryIsNamedOnce) {
+  patient.place.directory = unit::kRuntime;
+  machine.files.SetAccessList(unit::kRuntime, "O:S-1-5-21-1-2-3-1001D:(A;;FA;;;BA)");
+  EXPECT_EQ(CheckDirectoryAccess(patient).text,
+            L"S-1-5-21-1-2-3-1001 may write to C:\\Program Files\\Tavrin\\runtime");
+}
+
+TEST_F(DirectoryAccessTest, ADirectoryOfProgramsThatIsMissingIsAnotherChecksMatter) {
+  machine.files.Remove(L"C:\\Program Files\\Tavrin\\runtime\\xray");
+  EXPECT_EQ(static_cast<int>(CheckDirectoryAccess(patient).verdict),
+            static_cast<int>(Verdict::kGood));
+}
+
 TEST_F(DirectoryAccessTest, AListThatCantBeReadIsNoGreenMark) {
-  const std::wstring text = L"the access list of C:\\Program Files\\Tavrin\\runtime can't be read";
+  const std::wstring text = L"the access list of C:\\Program Files\\Tavrin can't be read";
   machine.faults.Fail("GetNamedSecurityInfoW", {.nth = 1});
   ExpectRemark(CheckDirectoryAccess(patient), text, L"run this with administrator's rights");
   machine.faults.Fail("ConvertSecurityDescriptorToStringSecurityDescriptorW", {.nth = 1});

@@ -36,6 +36,27 @@ TEST_F(LastConnectTest, ASmallStepThatTripledIsNotSlow) {
   ExpectGood(CheckLastConnect(patient), L"complete in 0.61 s");
 }
 
+TEST_F(LastConnectTest, WithABusyServiceItMayBeUnderWay) {
+  MakeServiceBusy();
+  machine.files.Put(unit::kTrace, unit::RecordedConnect() + unit::RecordedLines(5));
+  ExpectRemark(CheckLastConnect(patient), L"under way, or ended before: Xray listening",
+               L"wait until the service answers, then run this again");
+  machine.files.Put(unit::kTrace, unit::RecordedConnect());
+  ExpectGood(CheckLastConnect(patient), L"complete in 0.61 s");
+}
+
+TEST_F(LastConnectTest, LinesThatCantBeReadAreNoGreenMark) {
+  const std::wstring trace = unit::kTrace;
+  machine.files.Put(trace, unit::RecordedConnect() + "stop() idle      +    0\xFF\n");
+  ExpectRemark(CheckLastConnect(patient),
+               L"complete in 0.61 s; 1 line of " + trace + L" can't be read",
+               L"delete the file when no connect is under way; the next one makes it anew");
+  machine.files.Put(trace, "rubbish\nrubbish\n" + unit::RecordedLines(5));
+  ExpectRemark(CheckLastConnect(patient),
+               L"ended before: Xray listening; 2 lines of " + trace + L" can't be read",
+               L"run tavrinctl connect, which shows why");
+}
+
 TEST_F(LastConnectTest, ADamagedFileIsNoGreenMark) {
   machine.files.Put(unit::kTrace, "rubbish\n");
   ExpectRemark(CheckLastConnect(patient), std::wstring(unit::kTrace) + L" holds no connect",

@@ -48,6 +48,11 @@ TEST_F(NetworkChecksTest, AnotherTunnel) {
                 L"end the other VPN, or disable the adapter Mihomo");
 }
 
+TEST_F(NetworkChecksTest, AdaptersThatCantBeReadAreNoGreenMark) {
+  machine.faults.FailAlways("GetAdaptersAddresses");
+  ExpectRemark(CheckAdapters(patient), L"the adapters can't be read", L"restart Windows");
+}
+
 TEST_F(NetworkChecksTest, NoProxy) {
   ExpectGood(CheckUsersProxy(patient), L"off");
   ExpectGood(CheckServicesProxy(patient), L"off");
@@ -73,6 +78,15 @@ TEST_F(NetworkChecksTest, TheProxyOfTheServiceIsAProblem) {
 
 TEST_F(NetworkChecksTest, SettingsThatCantBeReadAreNoGreenMark) {
   machine.registry.RemoveKey(L"HKEY_USERS\\S-1-5-18");
+  ExpectRemark(CheckServicesProxy(patient), L"the settings of the service's account can't be read",
+               L"run this with administrator's rights");
+}
+
+TEST_F(NetworkChecksTest, ProxySettingsThatCantBeReadAreNoGreenMark) {
+  machine.faults.Fail("RegOpenKeyExW", {.nth = 1, .code = ERROR_ACCESS_DENIED});
+  ExpectRemark(CheckUsersProxy(patient), L"your Internet settings can't be read",
+               L"sign in to Windows again");
+  machine.faults.Fail("RegOpenKeyExW", {.nth = 2, .code = ERROR_ACCESS_DENIED});
   ExpectRemark(CheckServicesProxy(patient), L"the settings of the service's account can't be read",
                L"run this with administrator's rights");
 }
@@ -104,6 +118,23 @@ TEST_F(NetworkChecksTest, TheTunnelHoldsItsPort) {
   SetUpTunnel();
   machine.listeners.Listen(17593, 4711);
   ExpectGood(CheckPort(patient), L"held by the tunnel that is up");
+}
+
+TEST_F(NetworkChecksTest, ATunnelWhosePortIsFreeIsAProblem) {
+  SetUpTunnel();
+  ExpectProblem(CheckPort(patient), L"free, though the tunnel is up: Xray does not listen",
+                L"disconnect, then connect again");
+}
+
+TEST_F(NetworkChecksTest, WithABusyServiceATakenPortMayBeTheTunnels) {
+  MakeServiceBusy();
+  ExpectGood(CheckPort(patient), L"free");
+  machine.processes.Seed(L"C:\\Program Files\\Tavrin\\runtime\\xray\\xray.exe", 4711);
+  machine.listeners.Listen(17593, 4711);
+  ExpectRemark(CheckPort(patient),
+               L"taken by xray.exe (process 4711); whether that is a tunnel's can't be told while "
+               L"the service does not answer",
+               L"wait until the service answers, then run this again");
 }
 
 TEST_F(NetworkChecksTest, NoLeftovers) {
@@ -144,6 +175,33 @@ TEST_F(NetworkChecksTest, WithATunnelUpPinsAreItsOwn) {
   SetUpTunnel();
   AddPin(0xCB00714D);
   ExpectGood(CheckLeftovers(patient), L"none to look for while a tunnel is up");
+}
+
+TEST_F(NetworkChecksTest, WithABusyServicePinsMayBeTheTunnels) {
+  MakeServiceBusy();
+  ExpectGood(CheckLeftovers(patient), L"none");
+  AddPin(0xCB00714D);
+  ExpectRemark(CheckLeftovers(patient),
+               L"1 route of its own to 203.0.113.77; whether a tunnel that is up needs this can't "
+               L"be told while the service does not answer",
+               L"wait until the service answers, then run this again");
+}
+
+TEST_F(NetworkChecksTest, RoutesThatCantBeReadAreNoGreenMark) {
+  CheckPhysicalRoute(patient);
+  const std::uint64_t reads = machine.calls.Count("GetIpForwardTable2");
+  machine.faults.Fail("GetIpForwardTable2", {.nth = reads + 1});
+  ExpectRemark(CheckLeftovers(patient), L"the routes can't be read", L"restart Windows");
+}
+
+TEST_F(NetworkChecksTest, RouterDiscoveryThatCantBeReadIsNoGreenMark) {
+  machine.faults.Fail("GetIpInterfaceEntry",
+                      {.nth = 1, .onwards = true, .code = ERROR_ACCESS_DENIED});
+  ExpectRemark(CheckLeftovers(patient), L"the IPv6 settings of 以太网 can't be read",
+               L"restart Windows");
+  machine.faults.Clear();
+  machine.faults.Fail("GetIpInterfaceEntry", {.nth = 1, .onwards = true, .code = ERROR_NOT_FOUND});
+  ExpectGood(CheckLeftovers(patient), L"none");
 }
 
 TEST_F(NetworkChecksTest, LeftoversThatCantBeLookedForAreNoGreenMark) {

@@ -45,6 +45,44 @@ TEST_F(ServiceChecksTest, ABusyServiceIsARemark) {
                L"wait until its connect is over, then try again");
 }
 
+constexpr wchar_t kRestart[] =
+    L"try again in a minute; if it stays so, restart the service, or end the process "
+    L"TavrinService.exe";
+
+TEST_F(ServiceChecksTest, AServiceWithoutAPipeIsNotCalledBusy) {
+  machine.processes.Seed(L"C:\\Program Files\\Tavrin\\TavrinService.exe");
+  ExpectProblem(CheckService(ExaminePatient(L"")),
+                L"running without a pipe: it starts, or it hangs", kRestart);
+}
+
+TEST_F(ServiceChecksTest, ASilentServiceIsNotCalledBusy) {
+  unit::ScriptedService service(machine);
+  ExpectProblem(CheckService(ExaminePatient(L"")), L"takes a request and does not answer",
+                kRestart);
+}
+
+TEST_F(ServiceChecksTest, HalfAReplyIsAProblem) {
+  unit::ScriptedService service(machine);
+  service.SendsBytesAfter(15, std::string("\x10\0\0\0{\"ok\"", 9));
+  ExpectProblem(CheckService(ExaminePatient(L"")), L"its reply broke off in the middle", kRestart);
+}
+
+TEST_F(ServiceChecksTest, OnlyAReplyOrASureAbsenceTellsTheState) {
+  EXPECT_TRUE(ExaminePatient(L"").isStateKnown());
+  machine.faults.Fail("OpenSCManagerW", {.nth = 1, .onwards = true, .code = ERROR_ACCESS_DENIED});
+  EXPECT_FALSE(ExaminePatient(L"").isStateKnown());
+  machine.faults.Clear();
+  machine.faults.Fail("CreateToolhelp32Snapshot", {.nth = 1, .onwards = true});
+  EXPECT_FALSE(ExaminePatient(L"").isStateKnown());
+  machine.faults.Clear();
+  unit::ScriptedService service(machine);
+  service.IsBusyFor(10'000);
+  EXPECT_FALSE(ExaminePatient(L"").isStateKnown());
+  machine.clock.Advance(10'000);
+  service.RepliesAfter(15, unit::kDownReply);
+  EXPECT_TRUE(ExaminePatient(L"").isStateKnown());
+}
+
 TEST_F(ServiceChecksTest, APipeThatMayNotBeOpened) {
   machine.faults.Fail("CreateFileW", {.nth = 1, .code = ERROR_ACCESS_DENIED});
   ExpectProblem(CheckService(ExaminePatient(L"")), L"its pipe may not be opened by this user",

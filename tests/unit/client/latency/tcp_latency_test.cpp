@@ -81,8 +81,7 @@ TEST_F(TcpLatencyTest, NamesAreLookedUpAtOnceAndNoMoreThan32) {
 }
 
 TEST_F(TcpLatencyTest, TheLookUpIsInTheLimitButNotInTheTime) {
-  machine.names.Set("hk2.node.example",
-                    sim::HostEntry{.ipv4 = {"198.51.100.7"}, .takes = 1500});
+  machine.names.Set("hk2.node.example", sim::HostEntry{.ipv4 = {"198.51.100.7"}, .takes = 1500});
   machine.connects.Next({Plan::Kind::kConnectsAfter, 38});
   EXPECT_EQ(Measure({{L"hk2.node.example", 443}})[0].milliseconds, 38u);
   const std::uint64_t start = machine.clock.Now();
@@ -91,8 +90,7 @@ TEST_F(TcpLatencyTest, TheLookUpIsInTheLimitButNotInTheTime) {
 }
 
 TEST_F(TcpLatencyTest, ANameThatTakesLongerThanTheLimitIsGivenUp) {
-  machine.names.Set("hk2.node.example",
-                    sim::HostEntry{.ipv4 = {"198.51.100.7"}, .takes = 2000});
+  machine.names.Set("hk2.node.example", sim::HostEntry{.ipv4 = {"198.51.100.7"}, .takes = 2000});
   EXPECT_EQ(Measure({{L"hk2.node.example", 443}})[0].kind, Latency::Kind::kSlowName);
   EXPECT_EQ(machine.calls.Count("connect"), 0u);
 }

@@ -38,10 +38,14 @@ TEST_F(ExchangeTest, NoPipeAndNoProcessMeansAbsentAtOnce) {
   EXPECT_EQ(machine.clock.Now(), start);
 }
 
-TEST_F(ExchangeTest, NoPipeButARunningProcessMeansBusy) {
+TEST_F(ExchangeTest, NoPipeButARunningProcessIsNotCalledBusy) {
   machine.processes.Seed(L"C:\\Program Files\\Tavrin\\TavrinService.exe");
-  hooks.patience = 1000;
-  EXPECT_EQ(Ask(), ExchangeEnd::kBusy);
+  hooks.patience = 150;
+  std::vector<std::uint64_t> waits;
+  hooks.whileNoPipe = [&](std::uint64_t time) { waits.push_back(time); };
+  hooks.whileBusy = [&](std::uint64_t) { ADD_FAILURE() << "not busy"; };
+  EXPECT_EQ(Ask(), ExchangeEnd::kNoPipe);
+  EXPECT_EQ(waits, (std::vector<std::uint64_t>{0, 50, 100}));
 }
 
 TEST_F(ExchangeTest, NoPipeButAStartingServiceIsWaitedFor) {
@@ -81,6 +85,66 @@ TEST_F(ExchangeTest, AReplyThatBreaksOffIsBroken) {
   service.SendsBytesAfter(20, std::string("\x10\0\0\0{\"ok\"", 9));
   service.HangsUpAfter(20);
   EXPECT_EQ(Ask(), ExchangeEnd::kBroken);
+}
+
+TEST_F(ExchangeTest, HalfAFrameIsNotWaitedForWithoutEnd) {
+  for (const std::string& half : {std::string("\x10", 1), std::string("\x10\0\0\0{\"ok\"", 9)}) {
+    ScriptedService service(machine);
+    service.SendsBytesAfter(20, half);
+    const std::uint64_t start = machine.clock.Now();
+    EXPECT_EQ(Ask(), ExchangeEnd::kHalfReply);
+    EXPECT_EQ(machine.clock.Now() - start, 5010u);
+  }
+}
+
+TEST_F(ExchangeTest, HalfAFrameEndsWithTheReplysLimitToo) {
+  ScriptedService service(machine);
+  service.SendsBytesAfter(20, std::string("\x10\0\0\0{", 5));
+  hooks.replyLimit = 3000;
+  const std::uint64_t start = machine.clock.Now();
+  EXPECT_EQ(Ask(), ExchangeEnd::kHalfReply);
+  EXPECT_EQ(machine.clock.Now() - start, 3000u);
+}
+
+TEST_F(ExchangeTest, AReplyMayComeInPieces) {
+  ScriptedService service(machine);
+  service.SendsBytesAfter(20, std::string("\x02\0", 2));
+  service.SendsBytesAfter(400, std::string("\0\0o", 3));
+  service.SendsBytesAfter(4900, "k");
+  EXPECT_EQ(Ask(), ExchangeEnd::kReplied);
+  EXPECT_EQ(reply, "ok");
+}
+
+TEST_F(ExchangeTest, TheLongestReplyIsTakenAndALongerOneIsNone) {
+  ScriptedService service(machine);
+  service.RepliesAfter(20, std::string(65'536, 'x'));
+  EXPECT_EQ(Ask(), ExchangeEnd::kReplied);
+  EXPECT_EQ(reply.size(), 65'536u);
+  ScriptedService other(machine);
+  other.RepliesAfter(20, std::string(65'537, 'x'));
+  EXPECT_EQ(Ask(), ExchangeEnd::kBroken);
+}
+
+TEST_F(ExchangeTest, AReplyOfNoBytesIsBroken) {
+  ScriptedService service(machine);
+  service.RepliesAfter(20, "");
+  EXPECT_EQ(Ask(), ExchangeEnd::kBroken);
+}
+
+TEST_F(ExchangeTest, AReplyThatCantBeReadIsBroken) {
+  ScriptedService service(machine);
+  service.RepliesAfter(20, unit::kUpReply);
+  machine.faults.Fail("ReadFile", {.nth = 1});
+  EXPECT_EQ(Ask(), ExchangeEnd::kBroken);
+}
+
+TEST_F(ExchangeTest, WhoeverMadeThePipeMayNotActInTheUsersName) {
+  ScriptedService service(machine);
+  service.RepliesAfter(20, unit::kUpReply);
+  EXPECT_EQ(Ask(), ExchangeEnd::kReplied);
+  // SECURITY_SQOS_PRESENT | SECURITY_IDENTIFICATION | FILE_ATTRIBUTE_NORMAL
+  EXPECT_EQ(machine.calls.TextsOf("CreateFileW"),
+            std::vector<std::string>{R"("\\.\pipe\TavrinService", 0xC0000000, 0, 3, 0x110080)"});
 }
 
 TEST_F(ExchangeTest, AServiceThatHangsUpIsBroken) {

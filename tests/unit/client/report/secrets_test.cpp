@@ -12,8 +12,9 @@ class SecretsTest : public unit::ClientTest {};
 TEST_F(SecretsTest, AreFoundByTheirKeys) {
   EXPECT_EQ(SecretsIn(R"({"email":"a@b.example","password":"hunter22","uuid":"6f2c9d4e",
     "publicKey":"AAAA","shortId":"0123abcd","port":443})"),
-            (Texts{"hunter22", "6f2c9d4e", "0123abcd", "AAAA"}));
-  EXPECT_EQ(SecretsIn(R"({"auth_data":"credential","token":"x"})"), Texts{"credential"});
+            (Texts{"hunter22", "6f2c9d4e", "AAAA", "0123abcd"}));
+  EXPECT_EQ(SecretsIn(R"({"auth_data":"credential","token":"x","password":""})"),
+            (Texts{"credential", "x"}));
   EXPECT_EQ(SecretsIn(""), Texts());
 }
 
@@ -21,10 +22,26 @@ TEST_F(SecretsTest, AreScrubbedWhereverTheyStand) {
   EXPECT_EQ(Scrub("one hunter22, two hunter22hunter22", {"hunter22"}), "one ***, two ******");
 }
 
+TEST_F(SecretsTest, ANameThatIsNoAddressIsOne) {
+  EXPECT_EQ(SecretsIn(R"({"email":"wanderer"})"), Texts{"wanderer"});
+  EXPECT_EQ(SecretsIn(R"({"email":"a@b.example"})"), Texts());
+}
+
+TEST_F(SecretsTest, AShortOneInsideALongerOneLeavesNothingOfIt) {
+  EXPECT_EQ(Scrub("one two-one two", {"one", "two", "two-one"}), "*** *** ***");
+  EXPECT_EQ(Scrub("hunter hunter22", {"hunter", "hunter22"}), "*** ***");
+}
+
+TEST_F(SecretsTest, AShortOneCountsAsAWholeWordAlone) {
+  EXPECT_EQ(Scrub("abc abcd xabc-1 (abc) abc", {"abc"}), "*** abcd xabc-1 (***) ***");
+  EXPECT_EQ(Scrub("*", {"*"}), "***");
+}
+
 TEST_F(SecretsTest, AddressesOfPeopleAreMasked) {
   EXPECT_EQ(Scrub("from someone@mail.example to x@y.example.", {}),
             "from so***@mail.example to x***@y.example.");
   EXPECT_EQ(Scrub("@", {}), "***@");
+  EXPECT_EQ(Scrub("so***@mail.example", {}), "so***@mail.example");
 }
 
 TEST_F(SecretsTest, LongWordsOfLettersAndDigitsAreMasked) {

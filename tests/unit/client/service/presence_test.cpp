@@ -64,6 +64,22 @@ TEST_F(PresenceTest, ARunningProcessSaysWhereTheTraceIs) {
   EXPECT_EQ(FindServicePlace(L"").directory, L"E:\\elsewhere");
 }
 
+TEST_F(PresenceTest, AProcessThatTellsNoPathTellsNoPlace) {
+  InstallService(SERVICE_RUNNING);
+  machine.processes.Seed(L"E:\\elsewhere\\TavrinService.exe");
+  machine.processes.Seed(L"D:\\Tavrin\\TavrinService.exe", 4711)->openError = ERROR_ACCESS_DENIED;
+  EXPECT_EQ(FindServicePlace(L"").directory, L"E:\\elsewhere");
+  machine.processes.Find(4711)->openError = 0;
+  machine.processes.Find(4711)->nameError = ERROR_ACCESS_DENIED;
+  EXPECT_EQ(FindServicePlace(L"").directory, L"E:\\elsewhere");
+}
+
+TEST_F(PresenceTest, WithOnlyAProcessThatTellsNoPathTheInstalledPlaceCounts) {
+  InstallService(SERVICE_RUNNING);
+  machine.processes.Seed(L"E:\\x\\TavrinService.exe")->openError = ERROR_ACCESS_DENIED;
+  EXPECT_EQ(FindServicePlace(L"").directory, L"D:\\Tavrin");
+}
+
 TEST_F(PresenceTest, WithoutAServiceThePlaceIsBesideTheClient) {
   const ServicePlace place = FindServicePlace(L"");
   EXPECT_EQ(place.directory, L"C:\\Program Files\\Tavrin");
@@ -111,6 +127,9 @@ TEST_F(PresenceTest, WithoutASnapshotNothingRuns) {
   machine.faults.Fail("CreateToolhelp32Snapshot", {.nth = 1});
   machine.processes.Seed(L"C:\\run\\xray\\xray.exe");
   EXPECT_TRUE(FindProcesses(L"xray.exe").empty());
+  EXPECT_TRUE(CanListProcesses());
+  machine.faults.Fail("CreateToolhelp32Snapshot", {.nth = 1});
+  EXPECT_FALSE(CanListProcesses());
 }
 
 TEST_F(PresenceTest, VersionsComeFromTheExecutable) {

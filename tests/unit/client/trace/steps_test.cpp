@@ -78,8 +78,9 @@ TEST(Steps, AStepWhoseLastMarkIsLostIsDoneOnceAnotherFollows) {
 }
 
 TEST(Steps, MarksOfAnotherVersionAreNamed) {
-  const std::string strange = "ask the moon                 +   10ms  total    18ms\r\n"
-                              "wait for <it>                +   10ms  total    28ms\r\n";
+  const std::string strange =
+      "ask the moon                 +   10ms  total    18ms\r\n"
+      "wait for <it>                +   10ms  total    28ms\r\n";
   EXPECT_EQ(UnknownMarksText(StepsOf(Connect(unit::RecordedLines(2) + strange))),
             L"not known to this version: ask the moon, wait for <it>");
   EXPECT_EQ(UnknownMarksText(StepsOf(Connect(unit::RecordedLines(2)))), L"");
@@ -88,7 +89,6 @@ TEST(Steps, MarksOfAnotherVersionAreNamed) {
 TEST(Steps, WithoutAStepTheLongestIsTheFirst) {
   EXPECT_EQ(LongestStep({}), 0u);
 }
-
 
 TEST(Steps, NothingIsFollowedByTheFirst) {
   EXPECT_EQ(NextStep(StepList()), 0u);

@@ -54,8 +54,12 @@ TEST_F(TracePageTest, ThousandsOfConnectsEachStandBesideTheMediansOfThoseBefore)
   std::string text;
   for (int at = 1; at <= 5000; ++at) {
     text += unit::RecordedLines(1) + "ipv6 leak blocked            +    1ms  total" +
-            std::string(at < 10 ? 5 : at < 100 ? 4 : at < 1000 ? 3 : 2, ' ') + std::to_string(at) +
-            "ms\r\n";
+            std::string(at < 10     ? 5
+                        : at < 100  ? 4
+                        : at < 1000 ? 3
+                                    : 2,
+                        ' ') +
+            std::to_string(at) + "ms\r\n";
   }
   const std::string page = PageOf(text);
   EXPECT_EQ(CountOf(page, "<section data-total="), 5000u);
