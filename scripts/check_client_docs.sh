@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # check_client_docs.sh BUILD_DIRECTORY [--update]: runs every command that docs/client.md shows with its
-# output, in order, against the built service under Wine, and compares. Times, bars and the sandbox's
-# directory may differ. With --update the document gets the present outputs instead.
+# output, in order, against the built service under Wine, and compares, with the exit code, which stands
+# below an output as `[exit code N]` where it is not 0. Times, bars and the sandbox's directory may
+# differ. With --update the document gets the present outputs instead.
 # A comment `<!-- state: NAME -->` in the document calls the function state_NAME below.
 set -euo pipefail
 build=$(cd "$1" && pwd)
@@ -14,32 +15,72 @@ state_service() {
   start_service
   await_service
 }
-state_no_service() {
-  wine_run "$box/tavrinctl.exe" shutdown >/dev/null 2>&1
+# It was shut down, or is now.
+state_service_gone() {
+  wine_run "$box/tavrinctl.exe" shutdown >/dev/null 2>&1 || true
   wait "$service" || true
   service=
 }
 # A port that Xray refuses, which ends it before it listens.
-state_damaged_node() { sed -i 's/"port": 443/"port": 70000/' "$box/runtime/account.json"; }
+state_damaged_node() {
+  sed -i -e 's/"address": ".*"/"address": "203.0.113.77"/' -e 's/"port": [0-9]*/"port": 70000/' "$box/runtime/account.json"
+}
+# What listens there is the stand-in of Xray itself, once a tunnel is up.
+state_near_node() {
+  sed -i -e 's/"port": [0-9]*/"port": 443/' "$box/runtime/account.json"
+  start_service
+  await_service
+  wine_run "$box/tavrinctl.exe" connect --quiet
+  sed -i -e 's/"address": ".*"/"address": "127.0.0.1"/' -e 's/"port": [0-9]*/"port": 17593/' "$box/runtime/account.json"
+}
 
 # Backslashes as sed wants them.
 in_pattern() { printf '%s' "${1//\\/\\\\}"; }
+
+# await_line N: until the watch has printed so many lines, for 30 seconds.
+await_line() {
+  for _ in $(seq 300); do
+    [ "$(wc -l <"$box/watch.txt")" -lt "$1" ] || return 0
+    sleep 0.1
+  done
+  return 1
+}
+
+# A watch until it has seen somebody disconnect.
+run_watch() {
+  wine_run "$box/tavrinctl.exe" status --watch >"$box/watch.txt" 2>&1 </dev/null &
+  local watch=$!
+  await_line 1
+  wine_run "$box/tavrinctl.exe" disconnect >/dev/null
+  await_line 2
+  kill "$watch"
+  wait "$watch" 2>/dev/null || true
+  cat "$box/watch.txt"
+}
+
+# run_client WORD...: what it prints, and its exit code.
+run_client() {
+  local code=0
+  (cd "$box" && wine_run "$box/tavrinctl.exe" "$@" 2>&1 </dev/null) || code=$?
+  [ "$code" = 0 ] || echo "[exit code $code]"
+}
 
 # What a command line of the document prints, as a person sees it: in a directory that stays the same,
 # also where JSON doubles its backslashes.
 run_line() {
   local -a words
-  local plain shown='C:\Program Files\Tavrin'
+  local plain shown='C:\Program Files\Tavrin' run=run_client
   plain=$(windows_path "$box")
   eval "words=($1)"
-  (cd "$box" && wine_run "$box/tavrinctl.exe" "${words[@]:1}" 2>&1 </dev/null || true) | tr -d '\r' |
+  [[ $1 != *--watch* ]] || run=run_watch
+  $run "${words[@]:1}" | tr -d '\r' |
     sed -e "s|$(in_pattern "$plain")|$(in_pattern "$shown")|g" -e 's/[ ]*$//' \
       -e "s|$(in_pattern "${plain//\\/\\\\}")|$(in_pattern "${shown//\\/\\\\}")|g"
 }
 
 normalise() {
   sed -E -e 's/[█▏▎▍▌▋▊▉◄]+//g' -e 's/[0-9]+( [0-9]{3})* ms/# ms/g' -e 's/[0-9]+\.[0-9]+ s/# s/g' \
-    -e 's/up for .*/up for #/' -e 's/"(upSeconds|connectMilliseconds|milliseconds|step|total)": [0-9]+/"\1": #/' \
+    -e 's/up for .*/up for #/' -e 's/"(upSeconds|connectMilliseconds|milliseconds|step|total|latency)": [0-9]+/"\1": #/' \
     -e 's/ +/ /g' -e 's/ $//'
 }
 
