@@ -11,7 +11,8 @@ extern "C" int wmain(int argc, wchar_t** argv) {
 // libstdc++'s own prints the type of an exception that nobody caught, for which it brings its
 // demangler and 45 KiB along. Nothing here ends by one.
 namespace __gnu_cxx {
+// NOLINTNEXTLINE(readability-identifier-naming): the library's name
 void __verbose_terminate_handler() {
   std::abort();
-}  // NOLINT(bugprone-reserved-identifier): the library's name
+}
 }  // namespace __gnu_cxx

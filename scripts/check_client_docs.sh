@@ -69,7 +69,7 @@ run_client() {
 # also where JSON doubles its backslashes.
 run_line() {
   local -a words
-  local plain shown='C:\Program Files\Tavrin' run=run_client
+  local plain shown='C:\Tavrin' run=run_client
   plain=$(windows_path "$box")
   eval "words=($1)"
   [[ $1 != *--watch* ]] || run=run_watch

@@ -2,6 +2,9 @@
 
 #include <CLI/CLI.hpp>
 
+#include <algorithm>
+#include <iterator>
+
 #include "client/cli/command_help.h"
 #include "src/common/text.h"
 
@@ -136,9 +139,7 @@ ParsedLine ParseCommandLine(const std::vector<std::wstring>& arguments) {
   CLI::App app;
   AddCommands(app, values);
   std::vector<std::string> reversed;  // as CLI11 takes them
-  for (auto argument = arguments.rbegin(); argument != arguments.rend(); ++argument) {
-    reversed.push_back(WideToUtf8(*argument));
-  }
+  std::transform(arguments.rbegin(), arguments.rend(), std::back_inserter(reversed), WideToUtf8);
   try {
     app.parse(std::move(reversed));
   } catch (const CLI::ParseError& error) {

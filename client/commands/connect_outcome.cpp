@@ -18,7 +18,7 @@ namespace vpn {
 namespace {
 
 constexpr size_t kXrayStep = 5;
-constexpr std::uint64_t kXrayWords = 64 * 1024;  // bytes of Xray's log that are looked at
+constexpr std::uint64_t kXrayWords = 64 << 10;  // bytes of Xray's log that are looked at
 
 // The last line that Xray has written since the log had `before` bytes, empty when there is none.
 // Xray quotes what it refuses, and that may be a key of the configuration.

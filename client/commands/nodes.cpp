@@ -15,6 +15,7 @@ namespace {
 std::vector<Latency> Measure(const std::vector<NodeInfo>& nodes, const InterruptWatch& interrupt,
                              Screen& screen) {
   std::vector<LatencyGoal> goals;
+  goals.reserve(nodes.size());
   for (const NodeInfo& node : nodes) {
     goals.push_back({node.address, node.port});
   }

@@ -22,7 +22,7 @@ namespace {
 
 constexpr size_t kLogLines = 200;
 constexpr size_t kConnects = 20;
-constexpr std::uint64_t kLogTail = 256 * 1024;  // bytes; far more than that many lines
+constexpr std::uint64_t kLogTail = 256 << 10;  // bytes; far more than that many lines
 constexpr size_t kRowWidth = 100;
 
 std::string Fenced(const std::string& text) {

@@ -10,7 +10,7 @@
 namespace vpn {
 namespace {
 
-constexpr std::uint64_t kTail = 16 * 1024;  // bytes, which hold the last connect
+constexpr std::uint64_t kTail = 16 << 10;  // bytes, which hold the last connect
 
 std::wstring StateWord(const InstalledService& installed) {
   switch (installed.state) {

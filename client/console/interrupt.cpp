@@ -57,6 +57,8 @@ InterruptWatch::~InterruptWatch() {
   --g_watches;
 }
 
+// What is noted belongs to the program, but counts only while somebody watches.
+// NOLINTNEXTLINE(readability-convert-member-functions-to-static)
 bool InterruptWatch::wasInterrupted() const {
   return g_interrupted.load();
 }

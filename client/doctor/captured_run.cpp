@@ -9,9 +9,9 @@
 namespace vpn {
 namespace {
 
-constexpr size_t kMostOutput = 64 * 1024;  // bytes
-constexpr size_t kMostAtOnce = 64 * 1024;  // between two looks at the clock
-constexpr DWORD kPause = 10;               // milliseconds between two looks
+constexpr size_t kMostOutput = 64 << 10;  // bytes
+constexpr size_t kMostAtOnce = 64 << 10;  // between two looks at the clock
+constexpr DWORD kPause = 10;              // milliseconds between two looks
 constexpr DWORD kUnknownCode = 0xFFFFFFFF;
 
 struct Child {

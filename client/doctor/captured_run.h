@@ -21,7 +21,7 @@ struct CapturedRun {
 CapturedRun RunCaptured(const std::wstring& commandLine, const std::wstring& directory, DWORD limit,
                         const std::string& input = {});
 
-inline constexpr size_t kMostInput = 64 * 1024;
+inline constexpr size_t kMostInput = 64 << 10;
 
 // The first text of digits and dots that looks like a version, as "26.3.27"; empty when there is
 // none.

@@ -70,7 +70,7 @@ Finding CheckLastConnect(const Patient& patient) {
   if (trace.connects.empty()) {
     return Remark(path + L" holds no connect", L"delete the file; the next connect makes it anew");
   }
-  const Finding finding = TellLast(patient, trace.connects);
+  Finding finding = TellLast(patient, trace.connects);
   if (trace.strangeLines == 0) {
     return finding;
   }

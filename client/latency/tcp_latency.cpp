@@ -185,6 +185,7 @@ class Measurement {
 
   std::vector<Latency> results() {
     std::vector<Latency> results;
+    results.reserve(attempts_.size());
     for (Attempt& attempt : attempts_) {
       if (IsPending(attempt)) {
         End(attempt, Latency::Kind::kInterrupted);

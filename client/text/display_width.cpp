@@ -44,18 +44,20 @@ bool IsPairAt(std::wstring_view text, size_t at) {
 
 // The character at `at`, which is moved behind it.
 std::uint32_t NextCharacter(std::wstring_view text, size_t& at) {
-  auto character = static_cast<std::uint32_t>(text[at]);
+  std::uint32_t character = static_cast<char16_t>(text[at]);
   if (IsPairAt(text, at)) {
     ++at;
     character =
-        0x10000 + ((character - 0xD800) << 10) + (static_cast<std::uint32_t>(text[at]) - 0xDC00);
+        0x10000 + ((character - 0xD800) << 10) + (static_cast<char16_t>(text[at]) - 0xDC00U);
   }
   ++at;
   return character;
 }
 
 std::wstring Blanks(size_t width, size_t taken) {
-  return std::wstring(width > taken ? width - taken : 0, L' ');
+  std::wstring blanks;
+  blanks.assign(width > taken ? width - taken : 0, L' ');
+  return blanks;
 }
 
 }  // namespace

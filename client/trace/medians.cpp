@@ -13,6 +13,7 @@ void StepMedians::add(const ConnectTrace& connect) {
 
 std::vector<std::int64_t> StepMedians::times() const {
   std::vector<std::int64_t> times;
+  times.reserve(medians_.size());
   for (const RunningMedian<>& median : medians_) {
     times.push_back(median.value());
   }

@@ -146,6 +146,7 @@ std::string Overview(const std::vector<ConnectTrace>& connects) {
 std::string TracePage(const std::vector<ConnectTrace>& connects) {
   StepMedians before;
   std::vector<std::string> sections;
+  sections.reserve(connects.size());
   for (const ConnectTrace& connect : connects) {
     sections.push_back(Waterfall(connect, sections.size() + 1, before.times()));
     before.add(connect);

@@ -28,7 +28,7 @@ size_t BarWidth(size_t columns) {
 
 std::wstring DrawBar(std::uint64_t start, std::uint64_t time, std::uint64_t total, size_t width) {
   if (total == 0 || time == 0) {
-    return std::wstring(width, L' ');
+    return PadRight(L"", width);
   }
   // In eighths of a column; the front edge falls on a whole one.
   const std::uint64_t column = std::min<std::uint64_t>(start * width / total, width - 1);

@@ -188,7 +188,8 @@ TEST_F(Client, WithABusyServiceTheDoctorTakesItsTunnelForNothingElse) {
   ClientRun run(box, L"doctor --json");
   (void)run.ExitCode();
   std::map<std::string, std::string> verdicts;
-  for (const Json& finding : Json::parse(run.Output()).at("findings")) {
+  const Json object = Json::parse(run.Output());
+  for (const Json& finding : object.at("findings")) {
     verdicts[finding.at("check")] = finding.at("verdict");
   }
   for (const char* check : {"service", "port", "leftovers"}) {

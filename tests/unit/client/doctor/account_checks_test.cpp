@@ -59,6 +59,13 @@ TEST_F(AccountChecksTest, NoPanel) {
   ExpectGood(CheckPanel(patient), L"none configured; the account is a file of this machine");
 }
 
+TEST_F(AccountChecksTest, ThePanelOfTheEnvironmentIsAskedWhenTheFileNamesNone) {
+  machine.files.Put(InRuntime(L"panel.json"), "");
+  machine.environment.Set(L"TAVRIN_XBOARD_URL", L"https://panel.example:8443");
+  PanelAnswers({}, 0);
+  ExpectGood(CheckPanel(patient), L"panel.example answers, and the clocks agree");
+}
+
 TEST_F(AccountChecksTest, APanelWithTheRightTime) {
   PutPanel();
   PanelAnswers({}, 60);
