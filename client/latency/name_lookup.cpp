@@ -10,11 +10,11 @@ namespace vpn {
 NameLookUp::NameLookUp(const std::wstring& host) : answer_(std::make_shared<Answer>()) {
   answer_->host = host;
   auto shared = std::make_unique<std::shared_ptr<Answer>>(answer_);
-  thread_ = KernelHandle(CreateThread(nullptr, 0, LookUpThread, shared.get(), 0, nullptr));
+  thread_ = KernelHandle(CreateThread(nullptr, 0, lookUpThread, shared.get(), 0, nullptr));
   if (thread_) {
     (void)shared.release();  // the thread's now
   } else {
-    LookUp(*answer_);
+    lookUp(*answer_);
   }
 }
 
@@ -22,17 +22,17 @@ bool NameLookUp::isDone(DWORD patience) const {
   return !thread_ || WaitForSingleObject(thread_.get(), patience) != WAIT_TIMEOUT;
 }
 
-void NameLookUp::LookUp(Answer& answer) {
+void NameLookUp::lookUp(Answer& answer) {
   std::vector<std::wstring> addresses = ResolveHostIpv4(answer.host);
   if (!addresses.empty()) {
     answer.address = std::move(addresses.front());
   }
 }
 
-DWORD WINAPI NameLookUp::LookUpThread(void* answer) {
+DWORD WINAPI NameLookUp::lookUpThread(void* answer) {
   const std::unique_ptr<std::shared_ptr<Answer>> shared(
       static_cast<std::shared_ptr<Answer>*>(answer));
-  LookUp(**shared);
+  lookUp(**shared);
   return 0;
 }
 

@@ -29,8 +29,8 @@ class NameLookUp {
     std::wstring host;
     std::wstring address;
   };
-  static void LookUp(Answer& answer);
-  static DWORD WINAPI LookUpThread(void* answer);
+  static void lookUp(Answer& answer);
+  static DWORD WINAPI lookUpThread(void* answer);
 
   std::shared_ptr<Answer> answer_;
   KernelHandle thread_;
