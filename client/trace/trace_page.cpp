@@ -1,6 +1,7 @@
 #include "client/trace/trace_page.h"
 
 #include <algorithm>
+#include <numeric>
 
 #include "client/text/amounts.h"
 #include "client/trace/page_style.h"
@@ -151,10 +152,8 @@ std::string TracePage(const std::vector<ConnectTrace>& connects) {
     sections.push_back(Waterfall(connect, sections.size() + 1, before.times()));
     before.add(connect);
   }
-  std::string latestFirst;
-  for (auto section = sections.rbegin(); section != sections.rend(); ++section) {
-    latestFirst += *section;
-  }
+  const std::string latestFirst =
+      std::accumulate(sections.rbegin(), sections.rend(), std::string());
   return "<!DOCTYPE html>\n<html lang=\"en\">\n<head>\n<meta charset=\"utf-8\">\n"
          "<meta name=\"viewport\" content=\"width=device-width, initial-scale=1\">\n"
          "<title>Tavrin: connects</title>\n<style>" +
