@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # check_client_docs.sh BUILD_DIRECTORY [--update]: runs every command that docs/client.md shows with its
-# output, in order, against the built service under Wine, and compares. Times, bars and the sandbox's
-# directory may differ. With --update the document gets the present outputs instead.
+# output, in order, against the built service under Wine, and compares, with the exit code, which stands
+# below an output as `[exit code N]` where it is not 0. Times, bars and the sandbox's directory may
+# differ. With --update the document gets the present outputs instead.
 # A comment `<!-- state: NAME -->` in the document calls the function state_NAME below. The account's
 # commands ask the test panel: run this by tests/e2e/run_with_panel.sh.
 set -euo pipefail
@@ -15,13 +16,21 @@ state_service() {
   start_service
   await_service
 }
-state_no_service() {
-  wine_run "$box/tavrinctl.exe" shutdown >/dev/null 2>&1
+# It was shut down, or is now.
+state_service_gone() {
+  wine_run "$box/tavrinctl.exe" shutdown >/dev/null 2>&1 || true
   wait "$service" || true
   service=
 }
+# set_node ADDRESS PORT
+set_node() {
+  sed -i -e "s/\"address\": \".*\"/\"address\": \"$1\"/" -e "s/\"port\": [0-9]*/\"port\": $2/" "$box/runtime/account.json"
+}
+state_account() { set_node 203.0.113.77 443; }
 # A port that Xray refuses, which ends it before it listens.
-state_damaged_node() { sed -i 's/"port": 443/"port": 70000/' "$box/runtime/account.json"; }
+state_damaged_node() { set_node 203.0.113.77 70000; }
+# What listens there is the stand-in of Xray itself, while a tunnel is up.
+state_near_node() { set_node 127.0.0.1 17593; }
 
 # A user's password, and a panel that tests/panel/admin.h describes.
 password='p+ss &wörd 密'
@@ -44,16 +53,44 @@ state_local_account() {
 # Backslashes as sed wants them.
 in_pattern() { printf '%s' "${1//\\/\\\\}"; }
 
+# await_line TEXT: until the watch has printed it, for 30 seconds.
+await_line() {
+  for _ in $(seq 300); do
+    ! grep -q "^$1" "$box/watch.txt" || return 0
+    sleep 0.1
+  done
+  return 1
+}
+
+# A watch until it has seen somebody disconnect. Whether it looks in the middle of that is chance.
+run_watch() {
+  wine_run "$box/tavrinctl.exe" status --watch >"$box/watch.txt" 2>&1 </dev/null &
+  local watch=$!
+  await_line 'Connected to'
+  wine_run "$box/tavrinctl.exe" disconnect >/dev/null
+  await_line 'Not connected'
+  kill "$watch"
+  wait "$watch" 2>/dev/null || true
+  grep -v '^The service is busy' "$box/watch.txt"
+}
+
+# run_client WORD...: what it prints, and its exit code. It reads the input of this.
+run_client() {
+  local code=0
+  (cd "$box" && wine_run "$box/tavrinctl.exe" "$@" 2>&1) || code=$?
+  [ "$code" = 0 ] || echo "[exit code $code]"
+}
+
 # What a command line of the document prints, as a person sees it: in a directory that stays the same,
 # also where JSON doubles its backslashes.
 run_line() {
   local -a words
-  local plain input shown='C:\Tavrin'
+  local plain input=/dev/null shown='C:\Tavrin' run=run_client
   plain=$(windows_path "$box")
-  input=/dev/null
   [[ $1 != *'<password.txt' ]] || input=$box/password.txt
   eval "words=(${1%<password.txt})"
-  (cd "$box" && wine_run "$box/tavrinctl.exe" "${words[@]:1}" 2>&1 <"$input" || true) | tr -d '\r' |
+  [[ $1 != *--watch* ]] || run=run_watch
+  $run "${words[@]:1}" <"$input" | tr -d '\r' |
     sed -e "s|$(in_pattern "$plain")|$(in_pattern "$shown")|g" -e 's/[ ]*$//' \
       -e "s|$(in_pattern "${plain//\\/\\\\}")|$(in_pattern "${shown//\\/\\\\}")|g" \
       -e "s|http://127.0.0.1:$TAVRIN_TEST_PANEL_HTTP|https://panel.example|g"
@@ -61,7 +98,7 @@ run_line() {
 
 normalise() {
   sed -E -e 's/[█▏▎▍▌▋▊▉◄]+//g' -e 's/[0-9]+( [0-9]{3})* ms/# ms/g' -e 's/[0-9]+\.[0-9]+ s/# s/g' \
-    -e 's/up for .*/up for #/' -e 's/"(upSeconds|connectMilliseconds|milliseconds|step|total)": [0-9]+/"\1": #/' \
+    -e 's/up for .*/up for #/' -e 's/"(upSeconds|connectMilliseconds|milliseconds|step|total|latency)": [0-9]+/"\1": #/' \
     -e 's/ +/ /g' -e 's/ $//'
 }
 

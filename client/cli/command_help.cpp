@@ -177,10 +177,16 @@ const CommandHelp* FindCommandHelp(const std::string& name) {
   return found == commands.end() ? nullptr : &*found;
 }
 
+std::wstring UsageText(const std::string& name) {
+  const CommandHelp* const command = FindCommandHelp(name);
+  const std::string words = command == nullptr ? "COMMAND [OPTION...]"
+                                               : std::string(command->name) + " " + command->usage;
+  return L"Usage: tavrinctl " + Utf8ToWide(words) + L"\n";
+}
+
 std::wstring OverviewText() {
-  std::wstring text =
-      L"tavrinctl drives the Tavrin service and shows what a connect does.\n\n"
-      L"Usage: tavrinctl COMMAND [OPTION...]\n\n";
+  std::wstring text = L"tavrinctl drives the Tavrin service and shows what a connect does.\n\n" +
+                      UsageText("") + L"\n";
   for (const CommandHelp& command : AllCommands()) {
     text += Indented(command.name, 14, command.summary);
   }
@@ -192,8 +198,7 @@ std::wstring OverviewText() {
 }
 
 std::wstring CommandHelpText(const CommandHelp& command) {
-  std::wstring text = L"Usage: tavrinctl " + Utf8ToWide(command.name) + L" " +
-                      Utf8ToWide(command.usage) + L"\n\n  " + Utf8ToWide(command.summary) + L"\n";
+  std::wstring text = UsageText(command.name) + L"\n  " + Utf8ToWide(command.summary) + L"\n";
   text += command.options.empty() ? L"" : L"\nOptions:\n";
   for (const OptionHelp& option : command.options) {
     text += Indented(option.name, 16, option.meaning);

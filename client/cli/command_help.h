@@ -26,6 +26,9 @@ const std::vector<CommandHelp>& AllCommands();
 // Null for a name that is no command.
 const CommandHelp* FindCommandHelp(const std::string& name);
 
+// "Usage: tavrinctl NAME …" with a line feed; of the whole program for a name that is no command.
+std::wstring UsageText(const std::string& name);
+
 // All commands with one line each.
 std::wstring OverviewText();
 

@@ -115,9 +115,10 @@ ParsedLine Show(std::wstring text) {
 
 ParsedLine Wrong(const std::wstring& text, const std::string& command) {
   const std::wstring more = command.empty() ? L"" : L" " + Utf8ToWide(command);
-  return {ParsedLine::Kind::kWrong,
-          {},
-          L"tavrinctl: " + text + L"\nSee: tavrinctl help" + more + L"\n"};
+  return {
+      ParsedLine::Kind::kWrong,
+      {},
+      L"tavrinctl: " + text + L"\n" + UsageText(command) + L"See: tavrinctl help" + more + L"\n"};
 }
 
 ParsedLine HelpAbout(const std::string& topic) {

@@ -10,7 +10,8 @@
 namespace vpn {
 namespace {
 
-constexpr std::uint64_t kWorthTelling = 500;  // milliseconds of being busy
+constexpr std::uint64_t kWorthTelling = 500;   // milliseconds of being busy
+constexpr std::uint64_t kReplyLimit = 60'000;  // milliseconds; a stop is bounded by half of them
 
 NoReply DescribeAbsence() {
   const InstalledService installed = FindInstalledService();
@@ -63,10 +64,17 @@ ExchangeEnd Ask(const std::string& request, const ExchangeHooks& hooks, Reply& r
   return ParseReply(text, reply) ? ExchangeEnd::kReplied : ExchangeEnd::kBroken;
 }
 
-ExchangeEnd AskPatiently(const std::string& request, Screen& screen, Reply& reply) {
+ExchangeEnd AskPatiently(const std::string& request, Screen& screen, Reply& reply,
+                         const std::function<void()>& whenOurs) {
   const InterruptWatch interrupt;
   MovingLine moving(screen.err);
-  return Ask(request, PatientHooks(moving, screen.err, interrupt), reply);
+  ExchangeHooks hooks = PatientHooks(moving, screen.err, interrupt);
+  hooks.replyLimit = kReplyLimit;
+  hooks.beforeSending = [&] {
+    moving.clear();
+    whenOurs();
+  };
+  return Ask(request, hooks, reply);
 }
 
 NoReply DescribeNoReply(ExchangeEnd end) {
@@ -98,11 +106,16 @@ NoReply DescribeNoReply(ExchangeEnd end) {
   }
 }
 
+bool WasReached(ExchangeEnd end) {
+  return end == ExchangeEnd::kReplied || end == ExchangeEnd::kTimedOut ||
+         end == ExchangeEnd::kInterrupted;
+}
+
 int FailWithoutReply(ExchangeEnd end, bool json, Screen& screen) {
   const NoReply reason = DescribeNoReply(end);
   if (json) {
     Json object = NewJson();
-    object["reachable"] = false;
+    object["reachable"] = WasReached(end);
     object["reason"] = reason.key;
     screen.out.write(JsonText(object));
   }

@@ -20,8 +20,11 @@ ExchangeHooks PatientHooks(MovingLine& moving, Output& err, const InterruptWatch
 // Exchanges, and turns an end without a proper reply into `end` other than kReplied.
 ExchangeEnd Ask(const std::string& request, const ExchangeHooks& hooks, Reply& reply);
 
-// Asks with `PatientHooks` and nothing else.
-ExchangeEnd AskPatiently(const std::string& request, Screen& screen, Reply& reply);
+// Asks with `PatientHooks`, and waits a minute for the reply. `whenOurs` runs when the request is
+// about to be sent.
+ExchangeEnd AskPatiently(
+    const std::string& request, Screen& screen, Reply& reply,
+    const std::function<void()>& whenOurs = [] {});
 
 // Why there is no reply: a key for scripts, a sentence, and what to do.
 struct NoReply {
@@ -30,6 +33,9 @@ struct NoReply {
   std::wstring whatToDo;
 };
 NoReply DescribeNoReply(ExchangeEnd end);
+
+// True when there is a service at work, although it gave no reply.
+bool WasReached(ExchangeEnd end);
 
 // Tells it on stderr, or with `json` as the answer too. Gives the exit code.
 int FailWithoutReply(ExchangeEnd end, bool json, Screen& screen);

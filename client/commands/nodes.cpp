@@ -19,10 +19,9 @@ std::vector<Latency> Measure(const std::vector<NodeInfo>& nodes, const Interrupt
   std::vector<LatencyGoal> goals;
   goals.reserve(nodes.size());
   for (const NodeInfo& node : nodes) {
-    goals.push_back({node.address, static_cast<std::uint16_t>(node.port)});
+    goals.push_back({node.address, node.port});
   }
   MovingLine moving(screen.err);
-  moving.show(L"Looking up " + CountText(goals.size(), L"node", L"nodes") + L" …");
   const LatencyHooks hooks = {
       [&](size_t done) {
         moving.show(std::wstring(1, WheelAt(GetTickCount64())) + L" " + std::to_wstring(done) +
@@ -41,6 +40,12 @@ std::wstring Remark(const Latency& latency) {
       return L"no answer in 2 s";
     case Latency::Kind::kNoAddress:
       return L"the name does not resolve";
+    case Latency::Kind::kSlowName:
+      return L"the name did not resolve in 2 s";
+    case Latency::Kind::kIpv6:
+      return L"an IPv6 address; only IPv4 is measured";
+    case Latency::Kind::kNoPort:
+      return L"there is no such port";
     case Latency::Kind::kInterrupted:
       return L"interrupted";
     default:

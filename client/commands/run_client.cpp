@@ -2,6 +2,7 @@
 #include <string_view>
 
 #include "client/commands/commands.h"
+#include "client/console/interrupt.h"
 #include "client/exit_codes.h"
 
 namespace vpn {
@@ -28,6 +29,7 @@ constexpr Entry kCommands[] = {
 }  // namespace
 
 int RunClient(const std::vector<std::wstring>& arguments) {
+  const InterruptGuard guard;
   Screen screen;
   const ParsedLine parsed = ParseCommandLine(arguments);
   if (parsed.kind == ParsedLine::Kind::kWrong) {

@@ -53,7 +53,7 @@ int RunRequest(const CommandLine& line, Screen& screen) {
   if (end != ExchangeEnd::kReplied) {
     return FailWithoutReply(end, false, screen);
   }
-  screen.out.line(Utf8ToWide(text));
+  screen.out.writeBytes(text + "\n");
   Reply reply;
   if (!ParseReply(text, reply)) {
     return FailWithoutReply(ExchangeEnd::kBroken, false, screen);

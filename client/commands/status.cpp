@@ -1,108 +1,40 @@
-#include <algorithm>
-
-#include "client/account/node_lookup.h"
 #include "client/commands/asking.h"
 #include "client/commands/commands.h"
+#include "client/commands/tunnel_status.h"
 #include "client/exit_codes.h"
 #include "client/json/json_text.h"
-#include "client/service/presence.h"
 #include "client/text/amounts.h"
 #include "client/text/display_width.h"
-#include "client/trace/connect_trace.h"
-#include "client/trace/trace_file.h"
 #include "src/common/text.h"
-#include "src/panel/endpoints.h"
-#include "src/runtime/runtime_files.h"
 
 namespace vpn {
 namespace {
 
 constexpr DWORD kWatchPause = 1000;  // milliseconds
 constexpr DWORD kWatchStep = 50;
+constexpr std::uint64_t kWatchLimit = 10'000;  // milliseconds for one reply
 
-struct Status {
-  bool isUp = false;
-  std::uint64_t upFor = 0;        // seconds
-  std::int64_t connectTime = -1;  // milliseconds of the last complete connect
-  RunningNode node;
-  std::wstring nodeName;
-  std::wstring serviceState;
-  std::wstring version;
-  ServicePlace place;
-};
-
-std::wstring StateWord(const InstalledService& installed) {
-  switch (installed.state) {
-    case SERVICE_RUNNING:
-      return L"running as a Windows service";
-    case SERVICE_START_PENDING:
-      return L"starting as a Windows service";
-    default:
-      return L"running";
-  }
+Json NumberOrNull(const std::optional<std::uint64_t>& number) {
+  return number ? Json(*number) : Json(nullptr);
 }
 
-// Only an account on this machine is asked: the panel would take longer than the whole answer.
-std::wstring NameOfNode(const std::wstring& runtimeDir, const RunningNode& node) {
-  if (!ReadPanelEndpoints(runtimeDir).apiBase.empty() || !PanelUrlFromEnvironment().empty()) {
-    return {};
-  }
-  const FetchedAccount account = FetchAccount(runtimeDir);
-  for (const NodeInfo& known : account.session.nodes) {
-    if (known.address == node.address && known.port == node.port) {
-      return known.name;
-    }
-  }
-  return {};
+std::wstring UpText(const TunnelStatus& status) {
+  return status.upFor ? L"up for " + DurationText(*status.upFor) : std::wstring();
 }
 
-std::int64_t LastConnectTime(const ServicePlace& place) {
-  FileTail tail;
-  if (!ReadFileTail(TracePath(place.directory), 16 << 10, tail)) {
-    return -1;
-  }
-  const TraceText trace = ParseTrace(tail.text, tail.isCut);
-  if (trace.connects.empty() || !trace.connects.back().isComplete()) {
-    return -1;
-  }
-  return static_cast<std::int64_t>(trace.connects.back().totalTime());
-}
-
-void LookAtTunnel(Status& status) {
-  const std::wstring& runtimeDir = status.place.runtimeDir;
-  for (const RunningProcess& xray :
-       FindProcessesUnder(runtimeDir + L"\\" + kXrayDirectory, kXrayProgram)) {
-    status.upFor = std::max(status.upFor, xray.runsFor);
-  }
-  status.connectTime = LastConnectTime(status.place);
-  status.node = ReadRunningNode(runtimeDir);
-  status.nodeName = NameOfNode(runtimeDir, status.node);
-}
-
-Status LookAround(const CommandLine& line, const Reply& reply) {
-  Status status;
-  status.isUp = reply.running;
-  status.place = FindServicePlace(line.runtimeDir);
-  status.serviceState = StateWord(FindInstalledService());
-  status.version = FileVersion(status.place.directory + L"\\TavrinService.exe");
-  if (status.isUp) {
-    LookAtTunnel(status);
-  }
-  return status;
-}
-
-std::wstring ServiceLine(const Status& status) {
+std::wstring ServiceLine(const TunnelStatus& status) {
   std::wstring text = status.serviceState;
   text += status.version.empty() ? L"" : L", version " + status.version;
   return text + L", " + status.place.runtimeDir;
 }
 
-void ShowStatus(const Status& status, Output& out) {
+void ShowStatus(const TunnelStatus& status, Output& out) {
   if (!status.isUp) {
     out.line(L"Tavrin is not connected.");
   } else {
-    out.write(PadRight(L"Tavrin is connected.", 28), Ink::kGood);
-    out.line(L"up for " + DurationText(status.upFor));
+    const std::wstring sentence = L"Tavrin is connected.";
+    out.write(status.upFor ? PadRight(sentence, 28) : sentence, Ink::kGood);
+    out.line(UpText(status));
     std::wstring node = status.node.address.empty()
                             ? std::wstring(L"unknown: the generated configuration can't be read")
                             : Endpoint(status.node.address, status.node.port);
@@ -112,14 +44,13 @@ void ShowStatus(const Status& status, Output& out) {
   out.line(L"Service  " + ServiceLine(status));
 }
 
-Json StatusObject(const Status& status) {
+Json StatusObject(const TunnelStatus& status) {
   Json object = NewJson();
   object["reachable"] = true;
   object["connected"] = status.isUp;
   if (status.isUp) {
-    object["upSeconds"] = status.upFor;
-    object["connectMilliseconds"] =
-        status.connectTime < 0 ? Json(nullptr) : Json(status.connectTime);
+    object["upSeconds"] = NumberOrNull(status.upFor);
+    object["connectMilliseconds"] = NumberOrNull(status.connectTime);
     object["node"]["address"] = JsonValue(status.node.address);
     object["node"]["port"] = status.node.port;
     object["node"]["name"] = JsonValue(status.nodeName);
@@ -132,11 +63,16 @@ Json StatusObject(const Status& status) {
 
 int StatusOnce(const CommandLine& line, Screen& screen) {
   Reply reply;
-  const ExchangeEnd end = AskPatiently(kStatusRequest, screen, reply);
+  ServicePlace place;
+  LastConnect last;
+  const ExchangeEnd end = AskPatiently(kStatusRequest, screen, reply, [&] {
+    place = FindServicePlace(line.runtimeDir);
+    last = ReadLastConnect(place);
+  });
   if (end != ExchangeEnd::kReplied) {
     return FailWithoutReply(end, line.json, screen);
   }
-  const Status status = LookAround(line, reply);
+  const TunnelStatus status = LookAround(place, last, reply.running);
   if (line.json) {
     screen.out.write(JsonText(StatusObject(status)));
   } else {
@@ -145,13 +81,56 @@ int StatusOnce(const CommandLine& line, Screen& screen) {
   return kExitDone;
 }
 
-// One line of the watch; what changes by itself, the time, stands in `moving`.
-std::wstring WatchLine(ExchangeEnd end, const Status& status) {
-  if (end != ExchangeEnd::kReplied) {
-    return DescribeNoReply(end).sentence;
+// One look of the watch.
+struct Look {
+  ExchangeEnd end = ExchangeEnd::kAbsent;
+  TunnelStatus status;
+};
+
+Look LookOnce(const CommandLine& line, const InterruptWatch& interrupt) {
+  ExchangeHooks hooks;
+  hooks.patience = 0;  // a connect of somebody else's is told, not waited for
+  hooks.replyLimit = kWatchLimit;
+  hooks.isInterrupted = [&interrupt] { return interrupt.wasInterrupted(); };
+  ServicePlace place;
+  LastConnect last;
+  hooks.beforeSending = [&] {
+    place = FindServicePlace(line.runtimeDir);
+    last = ReadLastConnect(place);
+  };
+  Look look;
+  Reply reply;
+  look.end = Ask(kStatusRequest, hooks, reply);
+  if (look.end == ExchangeEnd::kReplied) {
+    look.status = LookAround(place, last, reply.running);
   }
-  return status.isUp ? L"Connected to " + Endpoint(status.node.address, status.node.port)
-                     : L"Not connected";
+  return look;
+}
+
+// What changes by itself, the time, stands in the moving line.
+std::wstring WatchLine(const Look& look) {
+  if (look.end == ExchangeEnd::kBusy) {
+    return L"The service is busy with another client.";
+  }
+  if (look.end == ExchangeEnd::kNoPipe) {
+    return L"The service has no pipe yet.";
+  }
+  if (look.end != ExchangeEnd::kReplied) {
+    return DescribeNoReply(look.end).sentence;
+  }
+  return look.status.isUp
+             ? L"Connected to " + Endpoint(look.status.node.address, look.status.node.port)
+             : L"Not connected";
+}
+
+std::wstring WatchObject(const Look& look) {
+  const bool hasReply = look.end == ExchangeEnd::kReplied;
+  Json object = NewJson();
+  object["reachable"] = WasReached(look.end);
+  object["reason"] = hasReply ? Json(nullptr) : Json(DescribeNoReply(look.end).key);
+  object["connected"] = hasReply ? Json(look.status.isUp) : Json(nullptr);
+  object["address"] = JsonValue(look.status.node.address);
+  return Utf8ToWide(object.dump(-1, ' ', false, Json::error_handler_t::replace));
 }
 
 bool PauseForNextLook(const InterruptWatch& interrupt) {
@@ -164,33 +143,24 @@ bool PauseForNextLook(const InterruptWatch& interrupt) {
   return !interrupt.wasInterrupted();
 }
 
-std::wstring WatchObject(ExchangeEnd end, const Status& status) {
-  Json object = NewJson();
-  object["reachable"] = end == ExchangeEnd::kReplied;
-  object["connected"] = end == ExchangeEnd::kReplied && status.isUp;
-  object["address"] = JsonValue(status.node.address);
-  return Utf8ToWide(object.dump(-1, ' ', false, Json::error_handler_t::replace));
-}
-
 // A line for each change, until Ctrl+C.
 int WatchStatus(const CommandLine& line, Screen& screen) {
   const InterruptWatch interrupt;
   MovingLine moving(screen.out);
   std::wstring before;
   do {
-    ExchangeHooks hooks;
-    hooks.patience = 0;  // a connect of somebody else's is told, not waited for
-    Reply reply;
-    const ExchangeEnd end = Ask(kStatusRequest, hooks, reply);
-    const Status status = end == ExchangeEnd::kReplied ? LookAround(line, reply) : Status();
-    const std::wstring now = line.json ? WatchObject(end, status) : WatchLine(end, status);
+    const Look look = LookOnce(line, interrupt);
+    if (look.end == ExchangeEnd::kInterrupted) {
+      break;
+    }
+    const std::wstring now = line.json ? WatchObject(look) : WatchLine(look);
     if (now != before) {
       moving.clear();
       screen.out.line(now);
       before = now;
     }
-    if (status.isUp && !line.json) {
-      moving.show(L"  up for " + DurationText(status.upFor));
+    if (look.status.upFor && !line.json) {
+      moving.show(L"  " + UpText(look.status));
     }
   } while (PauseForNextLook(interrupt));
   return kExitInterrupted;

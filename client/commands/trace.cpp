@@ -3,13 +3,13 @@
 #include "client/commands/commands.h"
 #include "client/exit_codes.h"
 #include "client/json/json_text.h"
+#include "client/report/whole_file.h"
 #include "client/service/presence.h"
 #include "client/text/amounts.h"
 #include "client/trace/trace_file.h"
 #include "client/trace/trace_json.h"
 #include "client/trace/trace_page.h"
 #include "client/trace/waterfall.h"
-#include "src/common/files.h"
 #include "src/common/text.h"
 
 namespace vpn {
@@ -50,18 +50,27 @@ Json TraceFileObject(const ReadTrace& trace, size_t first) {
   return object;
 }
 
-void ShowConnect(const ReadTrace& trace, size_t at, Output& out) {
+void ShowConnect(const ReadTrace& trace, size_t at, const StepMedians& before, Output& out) {
   const std::vector<ConnectTrace>& connects = trace.text.connects;
   const ConnectTrace& connect = connects[at];
-  const std::vector<std::int64_t> medians =
-      MedianTimes({connects.begin(), connects.begin() + static_cast<std::ptrdiff_t>(at)});
   out.write(L"Connect " + std::to_wstring(at + 1) + L" of " + std::to_wstring(connects.size()));
   out.line(connect.isComplete()
                ? L", complete, " + SecondsText(connect.totalTime())
                : L", not complete, last mark after " + SecondsText(connect.totalTime()));
-  for (const WaterfallRow& row : DrawWaterfall(connect, medians, out.columns())) {
+  for (const WaterfallRow& row : DrawWaterfall(connect, before.times(), out.columns())) {
     out.write(L"  ");
     out.line(row.text, row.isEnd ? Ink::kBad : row.isLongest ? Ink::kCaution : Ink::kPlain);
+  }
+}
+
+void ShowConnects(const ReadTrace& trace, size_t first, Output& out) {
+  StepMedians before;
+  for (size_t at = 0; at < trace.text.connects.size(); ++at) {
+    if (at >= first) {
+      out.write(at == first ? L"" : L"\n");
+      ShowConnect(trace, at, before, out);
+    }
+    before.add(trace.text.connects[at]);
   }
 }
 
@@ -85,9 +94,9 @@ int TellNothing(const ReadTrace& trace, Screen& screen) {
 int WritePage(const ReadTrace& trace, size_t first, const CommandLine& line, Screen& screen) {
   const std::vector<ConnectTrace> shown(
       trace.text.connects.begin() + static_cast<std::ptrdiff_t>(first), trace.text.connects.end());
-  if (!WriteFileBytes(line.file, TracePage(shown))) {
+  if (!WriteWholeFile(line.file, TracePage(shown))) {
     screen.err.line(L"The page can't be written: " + line.file);
-    screen.err.line(L"  What to do: name a file in a directory of your own.");
+    screen.err.line(L"  What to do: name a file in a directory of your own, on a disk with room.");
     return kExitRefused;
   }
   screen.out.line(CountText(shown.size(), L"connect", L"connects") + L" written to " + line.file);
@@ -111,9 +120,8 @@ int RunTrace(const CommandLine& line, Screen& screen) {
   if (wantsPage) {
     return WritePage(trace, first, line, screen);
   }
-  for (size_t at = first; at < trace.text.connects.size() && !line.json; ++at) {
-    screen.out.write(at == first ? L"" : L"\n");
-    ShowConnect(trace, at, screen.out);
+  if (!line.json) {
+    ShowConnects(trace, first, screen.out);
   }
   return kExitDone;
 }

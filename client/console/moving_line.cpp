@@ -1,5 +1,6 @@
 #include "client/console/moving_line.h"
 
+#include "client/console/cursor.h"
 #include "client/text/display_width.h"
 
 namespace vpn {
@@ -20,7 +21,7 @@ void MovingLine::show(const std::wstring& text) {
     return;
   }
   if (shown_.empty()) {
-    output_.showCursor(false);
+    output_.hideCursor();
   }
   output_.write(L"\r" + PadRight(line, DisplayWidth(shown_)));
   shown_ = line;
@@ -31,7 +32,7 @@ void MovingLine::clear() {
     return;
   }
   output_.write(L"\r" + std::wstring(DisplayWidth(shown_), L' ') + L"\r");
-  output_.showCursor(true);
+  (void)RestoreCursor();
   shown_.clear();
 }
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "client/console/cursor.h"
 #include "client/text/display_width.h"
 #include "src/common/environment.h"
 #include "src/common/text.h"
@@ -69,6 +70,14 @@ void Output::write(const std::wstring& text, Ink ink) {
   (void)SetConsoleTextAttribute(handle_, attributes_);
 }
 
+void Output::writeBytes(const std::string& bytes) {
+  if (isConsole_) {
+    writeConsole(Utf8ToWide(bytes));
+  } else {
+    WriteBytes(handle_, bytes);
+  }
+}
+
 void Output::paragraph(const std::wstring& text, size_t hang) {
   if (!isConsole_) {
     line(text);
@@ -87,10 +96,9 @@ void Output::writeConsole(const std::wstring& text) const {
   }
 }
 
-void Output::showCursor(bool visible) {
-  CONSOLE_CURSOR_INFO info = {25, visible ? TRUE : FALSE};
+void Output::hideCursor() const {
   if (isLively()) {
-    (void)SetConsoleCursorInfo(handle_, &info);
+    HideCursor(handle_);
   }
 }
 

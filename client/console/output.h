@@ -21,6 +21,10 @@ class Output {
   void write(const std::wstring& text, Ink ink = Ink::kPlain);
   void line(const std::wstring& text = L"", Ink ink = Ink::kPlain) { write(text + L'\n', ink); }
 
+  // What somebody else wrote: to a console as the UTF-8 that it should be, to anything else as it
+  // is.
+  void writeBytes(const std::string& bytes);
+
   // A long line: on a console broken at blanks, its further lines `hang` columns in.
   void paragraph(const std::wstring& text, size_t hang);
 
@@ -30,8 +34,8 @@ class Output {
   // Columns of a console's window, else 80.
   size_t columns() const { return columns_; }
 
-  // The cursor blinks about while lines move; whoever hides it shows it again.
-  void showCursor(bool visible);
+  // While lines move; `RestoreCursor` brings it back.
+  void hideCursor() const;
 
  private:
   void writeConsole(const std::wstring& text) const;

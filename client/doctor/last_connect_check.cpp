@@ -4,7 +4,7 @@
 #include "client/doctor/checks.h"
 #include "client/doctor/file_look.h"
 #include "client/text/amounts.h"
-#include "client/trace/steps.h"
+#include "client/trace/medians.h"
 #include "client/trace/trace_file.h"
 
 namespace vpn {

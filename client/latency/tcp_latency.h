@@ -1,4 +1,4 @@
-// The time of a TCP connect to each of several places, all at once.
+// The time of a TCP connect to each of several places, many at once.
 #ifndef TAVRIN_CLIENT_LATENCY_TCP_LATENCY_H_
 #define TAVRIN_CLIENT_LATENCY_TCP_LATENCY_H_
 
@@ -10,14 +10,24 @@
 namespace vpn {
 
 struct LatencyGoal {
-  std::wstring host;  // IPv4 literal or host name
-  std::uint16_t port = 0;
+  std::wstring host;      // IPv4 literal or host name
+  std::int64_t port = 0;  // as the account has it
 };
 
 struct Latency {
-  enum class Kind { kPending, kConnected, kRefused, kNoAnswer, kNoAddress, kInterrupted };
+  enum class Kind {
+    kPending,
+    kConnected,
+    kRefused,
+    kNoAnswer,   // within the limit
+    kNoAddress,  // the name does not resolve
+    kSlowName,   // nor does it within the limit
+    kIpv6,       // an IPv6 address, which is not tried
+    kNoPort,     // a number that no port has
+    kInterrupted
+  };
   Kind kind = Kind::kPending;
-  std::uint64_t milliseconds = 0;  // for kConnected
+  std::uint64_t milliseconds = 0;  // for kConnected: from the connect on
 };
 
 struct LatencyHooks {
@@ -25,9 +35,10 @@ struct LatencyHooks {
   std::function<bool()> isInterrupted;
 };
 
-inline constexpr std::uint64_t kLatencyLimit = 2000;  // milliseconds
+// Milliseconds for each, with the look-up of its name.
+inline constexpr std::uint64_t kLatencyLimit = 2000;
 
-// One result for each goal, in their order. Names are looked up first, one after the other.
+// One result for each goal, in their order.
 std::vector<Latency> MeasureLatency(const std::vector<LatencyGoal>& goals,
                                     const LatencyHooks& hooks);
 

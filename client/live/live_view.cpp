@@ -21,9 +21,12 @@ std::wstring Estimate(std::int64_t median) {
 
 }  // namespace
 
-LiveView::LiveView(Output& output, std::vector<std::int64_t> medians,
-                   std::function<std::wstring(size_t)> detail)
-    : output_(output), moving_(output), medians_(std::move(medians)), detail_(std::move(detail)) {}
+LiveView::LiveView(Output& output, std::function<std::wstring(size_t)> detail)
+    : output_(output), moving_(output), medians_(kStepCount, -1), detail_(std::move(detail)) {}
+
+void LiveView::expect(std::vector<std::int64_t> medians) {
+  medians_ = std::move(medians);
+}
 
 void LiveView::stepLine(wchar_t mark, Ink ink, const std::wstring& name, std::uint64_t time,
                         const std::wstring& detail) {
@@ -63,12 +66,12 @@ void LiveView::showMoving(const StepList& steps, std::uint64_t now) {
   moving_.show(line);
 }
 
-void LiveView::update(const ConnectTrace* connect, std::uint64_t now) {
+void LiveView::update(const ConnectTrace* connect, std::uint64_t now, std::uint64_t grownAt) {
   const StepList steps = connect == nullptr ? StepList() : StepsOf(*connect);
   const size_t marks = connect == nullptr ? 0 : connect->marks.size();
   if (marks != marks_) {
     marks_ = marks;
-    lastMarkSeen_ = now;
+    lastMark_ = grownAt;
   }
   showFinished(steps);
   showMoving(steps, now);
@@ -78,7 +81,7 @@ void LiveView::finish(const ConnectTrace* connect, std::uint64_t now, bool faile
   const StepList steps = connect == nullptr ? StepList() : StepsOf(*connect);
   const size_t before = marks_;
   const std::uint64_t since =
-      connect != nullptr && connect->marks.size() != before ? now : lastMarkSeen_;
+      connect != nullptr && connect->marks.size() != before ? now : lastMark_;
   moving_.clear();
   showFinished(steps);
   const size_t next = NextStep(steps);

@@ -16,14 +16,15 @@ namespace vpn {
 
 class LiveView {
  public:
-  // `medians`: what each step took in earlier connects, -1 where nobody knows. `detail` gives what
-  // stands behind a finished step, possibly nothing.
-  LiveView(Output& output, std::vector<std::int64_t> medians,
-           std::function<std::wstring(size_t)> detail);
+  // `detail` gives what stands behind a finished step, possibly nothing.
+  LiveView(Output& output, std::function<std::wstring(size_t)> detail);
 
-  // `connect` is what the trace holds by now, null while it holds nothing. `now` counts the
-  // milliseconds since the request.
-  void update(const ConnectTrace* connect, std::uint64_t now);
+  // What each step took in earlier connects, -1 where nobody knows.
+  void expect(std::vector<std::int64_t> medians);
+
+  // `connect` is what the trace holds by now, null while it holds nothing. Both times count the
+  // milliseconds since the request; `grownAt` is that of the trace's last mark.
+  void update(const ConnectTrace* connect, std::uint64_t now, std::uint64_t grownAt);
 
   // The last look, after the reply. `failed`: the step that the connect ended at is marked;
   // `inChecks` when that was none of the steps but the checks before the start.
@@ -39,9 +40,9 @@ class LiveView {
   MovingLine moving_;
   std::vector<std::int64_t> medians_;
   std::function<std::wstring(size_t)> detail_;
-  size_t shown_ = 0;                // steps that stand on the screen
-  size_t marks_ = 0;                // that the trace had at the last look
-  std::uint64_t lastMarkSeen_ = 0;  // when that number changed
+  size_t shown_ = 0;            // steps that stand on the screen
+  size_t marks_ = 0;            // that the trace had at the last look
+  std::uint64_t lastMark_ = 0;  // when the last of them was written
 };
 
 }  // namespace vpn

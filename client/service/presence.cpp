@@ -27,14 +27,6 @@ std::uint64_t TicksOf(const FILETIME& time) {
   return static_cast<std::uint64_t>(time.dwHighDateTime) << 32 | time.dwLowDateTime;
 }
 
-std::uint64_t SecondsSince(const FILETIME& creation) {
-  FILETIME now = {};
-  GetSystemTimeAsFileTime(&now);
-  const std::uint64_t start = TicksOf(creation);
-  const std::uint64_t end = TicksOf(now);
-  return end > start ? (end - start) / kTicksPerSecond : 0;
-}
-
 // A process that may not be opened is listed by its id alone.
 RunningProcess LookAt(DWORD id) {
   RunningProcess found;
@@ -85,6 +77,14 @@ std::wstring CommandLineOf(SC_HANDLE service) {
 }
 
 }  // namespace
+
+std::uint64_t SecondsSince(const FILETIME& moment) {
+  FILETIME now = {};
+  GetSystemTimeAsFileTime(&now);
+  const std::uint64_t start = TicksOf(moment);
+  const std::uint64_t end = TicksOf(now);
+  return end > start ? (end - start) / kTicksPerSecond : 0;
+}
 
 std::vector<RunningProcess> FindProcesses(const std::wstring& imageName) {
   std::vector<RunningProcess> found;
@@ -153,21 +153,22 @@ bool IsServiceAlive() {
 
 ServicePlace FindServicePlace(const std::wstring& chosenRuntime) {
   ServicePlace place;
-  const InstalledService installed = FindInstalledService();
+  place.installed = FindInstalledService();
+  const std::wstring& commandLine = place.installed.commandLine;
   for (const RunningProcess& process : FindProcesses(kServiceImage)) {
     if (place.directory.empty()) {  // a process that may not be opened does not tell it
       place.directory = DirectoryOf(process.image);
     }
   }
   if (place.directory.empty()) {
-    place.directory = DirectoryOf(ProgramOfCommandLine(installed.commandLine));
+    place.directory = DirectoryOf(ProgramOfCommandLine(commandLine));
   }
   if (place.directory.empty()) {
     place.directory = DirectoryOf(ModulePath());
   }
   place.runtimeDir = chosenRuntime;
   if (place.runtimeDir.empty()) {
-    place.runtimeDir = RuntimeOfCommandLine(installed.commandLine);
+    place.runtimeDir = RuntimeOfCommandLine(commandLine);
   }
   if (place.runtimeDir.empty()) {
     place.runtimeDir = FindRuntimeDir();

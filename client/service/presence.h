@@ -5,6 +5,7 @@
 #include <windows.h>
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -12,9 +13,12 @@ namespace vpn {
 
 struct RunningProcess {
   DWORD id = 0;
-  std::wstring image;         // full path, empty when the platform does not tell
-  std::uint64_t runsFor = 0;  // seconds
+  std::wstring image;                    // full path, empty when the platform does not tell
+  std::optional<std::uint64_t> runsFor;  // seconds, when the platform tells
 };
+
+// Until now; 0 for a moment to come.
+std::uint64_t SecondsSince(const FILETIME& moment);
 
 // Processes with this image name, case ignored, that have not ended. None when the platform does
 // not list them.
@@ -44,6 +48,7 @@ bool IsServiceAlive();
 struct ServicePlace {
   std::wstring directory;  // of its executable
   std::wstring runtimeDir;
+  InstalledService installed;
 };
 
 // Of the running service, of the installed one, else of the one that would run from beside this

@@ -25,6 +25,12 @@ bool ParseNumber(std::string_view text, std::uint64_t& value) {
   return error == std::errc() && end == text.data() + text.size();
 }
 
+// The totals of a connect never fall: a lower one begins another connect, whose head is lost.
+bool Begins(const TraceMark& mark, const std::vector<ConnectTrace>& connects) {
+  return mark.label.starts_with(kFirstLabel) || connects.empty() ||
+         mark.total < connects.back().totalTime();
+}
+
 // Labels are ASCII; anything else is damage.
 bool IsLabel(std::string_view text) {
   for (const char byte : text) {
@@ -65,7 +71,8 @@ TraceText ParseTrace(std::string_view text, bool isCut) {
   if (text.starts_with(kByteOrderMark)) {
     text.remove_prefix(kByteOrderMark.size());
   }
-  bool skip = isCut;  // until the first whole connect begins
+  bool skip = isCut;  // until another connect begins than the one that the text begins within
+  std::uint64_t skippedTotal = 0;
   for (size_t feed = text.find('\n'); feed != std::string_view::npos; feed = text.find('\n')) {
     TraceMark mark;
     const std::string_view line = text.substr(0, feed);
@@ -74,15 +81,15 @@ TraceText ParseTrace(std::string_view text, bool isCut) {
       result.strangeLines += skip || Trim(line).empty() ? 0 : 1;
       continue;
     }
-    if (mark.label.starts_with(kFirstLabel)) {
+    skip = skip && !mark.label.starts_with(kFirstLabel) && mark.total >= skippedTotal;
+    if (skip) {
+      skippedTotal = mark.total;
+      continue;
+    }
+    if (Begins(mark, result.connects)) {
       result.connects.emplace_back();
-      skip = false;
     }
-    if (!skip && !result.connects.empty()) {
-      result.connects.back().marks.push_back(std::move(mark));
-    } else if (!skip) {
-      ++result.strangeLines;  // a mark of a connect whose head is not there
-    }
+    result.connects.back().marks.push_back(std::move(mark));
   }
   return result;
 }

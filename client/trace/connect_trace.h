@@ -1,5 +1,6 @@
 // The service's trace of its connects as data. Each line is a finished step; nothing in the file
-// separates two connects but the label that every connect begins with.
+// separates two connects but the label that every connect begins with, and a total that falls. Any
+// line may be missing: the service skips one that it can't write at once.
 #ifndef TAVRIN_CLIENT_TRACE_CONNECT_TRACE_H_
 #define TAVRIN_CLIENT_TRACE_CONNECT_TRACE_H_
 

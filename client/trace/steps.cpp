@@ -79,6 +79,10 @@ StepList StepsOf(const ConnectTrace& connect) {
       continue;
     }
     if (result.steps.empty() || result.steps.back().index != meaning->step) {
+      if (!result.steps.empty()) {
+        result.steps.back().isDone =
+            true;  // what follows it says so, also when its own mark is lost
+      }
       Step step;
       step.index = meaning->step;
       step.start = end;
@@ -109,33 +113,13 @@ size_t LongestStep(const std::vector<Step>& steps) {
   return static_cast<size_t>(longest - steps.begin());
 }
 
-std::int64_t MedianOf(std::vector<std::uint64_t> values) {
-  if (values.empty()) {
-    return -1;
+std::wstring UnknownMarksText(const StepList& steps) {
+  std::wstring text;
+  for (const std::string& label : steps.unknown) {
+    text += (text.empty() ? L"not known to this version: " : L", ") +
+            std::wstring(label.begin(), label.end());  // ASCII
   }
-  std::sort(values.begin(), values.end());
-  const size_t middle = values.size() / 2;
-  const std::uint64_t upper = values[middle];
-  const std::uint64_t lower = values.size() % 2 == 1 ? upper : values[middle - 1];
-  return static_cast<std::int64_t>(lower + (upper - lower) / 2);
-}
-
-std::vector<std::int64_t> MedianTimes(const std::vector<ConnectTrace>& connects) {
-  std::vector<std::vector<std::uint64_t>> times(kStepCount);
-  for (const ConnectTrace& connect : connects) {
-    if (!connect.isComplete()) {
-      continue;
-    }
-    for (const Step& step : StepsOf(connect).steps) {
-      times[step.index].push_back(step.time);
-    }
-  }
-  std::vector<std::int64_t> medians;
-  medians.reserve(times.size());
-  for (auto& values : times) {
-    medians.push_back(MedianOf(std::move(values)));
-  }
-  return medians;
+  return text;
 }
 
 }  // namespace vpn

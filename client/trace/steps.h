@@ -27,7 +27,7 @@ struct Step {
   size_t index = 0;         // into the names
   std::uint64_t start = 0;  // milliseconds since the connect's start
   std::uint64_t time = 0;   // milliseconds
-  bool isDone = false;      // its last mark is there
+  bool isDone = false;      // its last mark is there, or a later step
   bool hasFailed = false;   // its own work failed, and the connect went on
 };
 
@@ -40,18 +40,15 @@ struct StepList {
 
 StepList StepsOf(const ConnectTrace& connect);
 
+// "not known to this version: LABEL, …"; empty when there are none.
+std::wstring UnknownMarksText(const StepList& steps);
+
 // The step that comes after what the trace holds: where a failed connect ended, or what is under
 // way. Nothing behind the last one: `kStepCount`.
 size_t NextStep(const StepList& steps);
 
-// The step with the most time; the first one among equals. `steps` is not empty.
+// The step with the most time; the first one among equals; 0 where there is none.
 size_t LongestStep(const std::vector<Step>& steps);
-
-// For each step the median of its time in complete connects; -1 where none has it.
-std::vector<std::int64_t> MedianTimes(const std::vector<ConnectTrace>& connects);
-
-// -1 for none.
-std::int64_t MedianOf(std::vector<std::uint64_t> values);
 
 }  // namespace vpn
 

@@ -2,6 +2,8 @@
 #ifndef TAVRIN_CLIENT_TRACE_TRACE_FILE_H_
 #define TAVRIN_CLIENT_TRACE_TRACE_FILE_H_
 
+#include <windows.h>
+
 #include <cstdint>
 #include <string>
 
@@ -25,8 +27,14 @@ bool ReadFileTail(const std::wstring& path, std::uint64_t limit, FileTail& tail)
 bool ReadFileFrom(const std::wstring& path, std::uint64_t from, std::uint64_t limit,
                   std::string& text);
 
-// Without opening the file's content. False when there is none.
+// The end of what was appended since the file had `before` bytes, at most `limit` bytes of it; all
+// of a file that is smaller than that, since it was made anew. False when it can't be opened.
+bool ReadFileEnd(const std::wstring& path, std::uint64_t before, std::uint64_t limit,
+                 std::string& text);
+
+// Both without opening the file's content. False when there is none.
 bool FileSize(const std::wstring& path, std::uint64_t& size);
+bool LastWrite(const std::wstring& path, FILETIME& moment);
 
 inline constexpr std::uint64_t kTraceLimit = 1 << 20;  // about 1500 connects
 

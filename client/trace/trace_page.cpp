@@ -1,10 +1,11 @@
 #include "client/trace/trace_page.h"
 
 #include <algorithm>
+#include <numeric>
 
 #include "client/text/amounts.h"
 #include "client/trace/page_style.h"
-#include "client/trace/steps.h"
+#include "client/trace/medians.h"
 #include "src/common/text.h"
 
 namespace vpn {
@@ -33,6 +34,18 @@ std::string Element(const char* name, const std::string& attributes, const std::
   return "<" + std::string(name) + head + ">" + content + "</" + name + ">";
 }
 
+// The trace's own labels may hold any character of ASCII.
+std::string Escaped(const std::string& text) {
+  std::string escaped;
+  for (const char byte : text) {
+    escaped += byte == '&'   ? "&amp;"
+               : byte == '<' ? "&lt;"
+               : byte == '>' ? "&gt;"
+                             : std::string(1, byte);
+  }
+  return escaped;
+}
+
 std::string Bar(const Step& step, std::uint64_t total, bool isLongest) {
   const std::string kind = isLongest ? "bar longest" : step.isDone ? "bar" : "bar open";
   return "<svg viewBox=\"0 0 1000 16\" preserveAspectRatio=\"none\" role=\"img\"><rect class=\"" +
@@ -56,13 +69,20 @@ std::string EndNote(const StepList& steps) {
                  "Not complete: it ended before “" + Utf8(NamesOfStep(next).done) + "”.");
 }
 
+std::string UnknownNote(const StepList& steps) {
+  return steps.unknown.empty() ? ""
+                               : Element("p", "class=\"median\"",
+                                         "Marks " + Escaped(Utf8(UnknownMarksText(steps))) + ".");
+}
+
 std::string Waterfall(const ConnectTrace& connect, size_t number,
                       const std::vector<std::int64_t>& medians) {
   const StepList steps = StepsOf(connect);
   const std::uint64_t total = connect.totalTime();
+  const size_t longest = LongestStep(steps.steps);
   std::string rows;
   for (size_t at = 0; at < steps.steps.size(); ++at) {
-    const bool isLongest = total > 0 && at == LongestStep(steps.steps);
+    const bool isLongest = total > 0 && at == longest;
     rows += StepRow(steps.steps[at], total, isLongest, medians[steps.steps[at].index]);
   }
   const std::string head =
@@ -70,8 +90,8 @@ std::string Waterfall(const ConnectTrace& connect, size_t number,
       "<th scope=\"col\"></th><th scope=\"col\" class=\"number median\">Median before</th></tr>\n";
   return "<section data-total=\"" + Number(total) + "\">\n" +
          Element("h2", "", "Connect " + Number(number) + ": " + Utf8(SecondsText(total))) +
-         (connect.isComplete() ? "" : EndNote(steps)) + "\n<table>\n" + head + rows +
-         "</table>\n</section>\n";
+         (connect.isComplete() ? "" : EndNote(steps)) + UnknownNote(steps) + "\n<table>\n" + head +
+         rows + "</table>\n</section>\n";
 }
 
 std::uint64_t LongestTotal(const std::vector<ConnectTrace>& connects) {
@@ -102,16 +122,18 @@ std::string Chart(const std::vector<ConnectTrace>& connects) {
 }
 
 std::string Overview(const std::vector<ConnectTrace>& connects) {
-  std::vector<std::uint64_t> totals;
+  RunningMedian totals;
+  std::uint64_t failed = 0;
   for (const ConnectTrace& connect : connects) {
     if (connect.isComplete()) {
-      totals.push_back(connect.totalTime());
+      totals.add(connect.totalTime());
+    } else {
+      ++failed;
     }
   }
-  const std::uint64_t failed = connects.size() - totals.size();
   std::string text = Utf8(CountText(connects.size(), L"connect", L"connects")) + ", " +
                      (failed == 0 ? "all complete" : Number(failed) + " not complete");
-  const std::int64_t median = MedianOf(std::move(totals));
+  const std::int64_t median = totals.value();
   if (median >= 0) {
     text += "; median " + Utf8(SecondsText(static_cast<std::uint64_t>(median)));
   }
@@ -123,17 +145,21 @@ std::string Overview(const std::vector<ConnectTrace>& connects) {
 }  // namespace
 
 std::string TracePage(const std::vector<ConnectTrace>& connects) {
-  std::string sections;
-  for (size_t at = connects.size(); at > 0; --at) {
-    const auto end = connects.begin() + static_cast<std::ptrdiff_t>(at - 1);
-    sections += Waterfall(connects[at - 1], at, MedianTimes({connects.begin(), end}));
+  StepMedians before;
+  std::vector<std::string> sections;
+  sections.reserve(connects.size());
+  for (const ConnectTrace& connect : connects) {
+    sections.push_back(Waterfall(connect, sections.size() + 1, before.times()));
+    before.add(connect);
   }
+  const std::string latestFirst =
+      std::accumulate(sections.rbegin(), sections.rend(), std::string());
   return "<!DOCTYPE html>\n<html lang=\"en\">\n<head>\n<meta charset=\"utf-8\">\n"
          "<meta name=\"viewport\" content=\"width=device-width, initial-scale=1\">\n"
          "<title>Tavrin: connects</title>\n<style>" +
          std::string(kPageStyle) +
          "</style>\n</head>\n<body>\n<h1>Connects, the latest first</h1>\n" + Overview(connects) +
-         "\n" + Chart(connects) + sections + "</body>\n</html>\n";
+         "\n" + Chart(connects) + latestFirst + "</body>\n</html>\n";
 }
 
 }  // namespace vpn

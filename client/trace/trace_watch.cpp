@@ -3,22 +3,32 @@
 #include "client/trace/trace_file.h"
 
 namespace vpn {
+namespace {
+
+constexpr int kRestLooks = 5;  // with one size, in a row
+
+}  // namespace
 
 void TraceWatch::begin() {
   std::uint64_t size = 0;
   (void)FileSize(path_, size);  // no file yet: everything in it will be new
   from_ = lastSize_ = readSize_ = size;
+  equalLooks_ = 0;
   text_ = TraceText();
 }
 
-void TraceWatch::look() {
+void TraceWatch::look(std::uint64_t now) {
   std::uint64_t size = 0;
   if (!FileSize(path_, size)) {
     return;
   }
-  const bool isAtRest = size == lastSize_;
-  lastSize_ = size;
-  if (isAtRest && size != readSize_) {
+  ++equalLooks_;
+  if (size != lastSize_) {
+    lastSize_ = size;
+    equalLooks_ = 0;
+    grownAt_ = now;
+  }
+  if (equalLooks_ >= kRestLooks && size != readSize_) {
     readNow();
   }
 }

@@ -49,10 +49,11 @@ std::vector<WaterfallRow> DrawWaterfall(const ConnectTrace& connect,
   const size_t width = BarWidth(columns);
   const std::uint64_t total = connect.totalTime();
   std::vector<WaterfallRow> rows;
+  const size_t longest = LongestStep(steps.steps);
   for (size_t at = 0; at < steps.steps.size(); ++at) {
     const Step& step = steps.steps[at];
     WaterfallRow row;
-    row.isLongest = total > 0 && at == LongestStep(steps.steps);
+    row.isLongest = total > 0 && at == longest;
     row.text = PadRight(NamesOfStep(step.index).done, kNameWidth) +
                PadLeft(MillisecondsText(step.time), kTimeWidth) + L"  " +
                DrawBar(step.start, step.time, total, width) + L"  " +
@@ -66,6 +67,11 @@ std::vector<WaterfallRow> DrawWaterfall(const ConnectTrace& connect,
     row.isEnd = true;
     row.text = std::wstring(L"ended before: ") +
                NamesOfStep(std::min(NextStep(steps), kStepCount - 1)).done;
+    rows.push_back(std::move(row));
+  }
+  if (!steps.unknown.empty()) {
+    WaterfallRow row;
+    row.text = UnknownMarksText(steps);
     rows.push_back(std::move(row));
   }
   return rows;

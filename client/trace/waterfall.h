@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "client/trace/steps.h"
+#include "client/trace/medians.h"
 
 namespace vpn {
 

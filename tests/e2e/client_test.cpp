@@ -208,6 +208,18 @@ TEST_F(Client, DamagedFilesGetNoGreenMark) {
   CloseHandle(held);
 }
 
+// The doctor notes no Ctrl+C. Here it waits three seconds for this test's reply.
+TEST_F(Client, CtrlCHasItsExitCodeInEveryCommand) {
+  const HANDLE pipe = CreateNamedPipeW(L"\\\\.\\pipe\\TavrinService", PIPE_ACCESS_DUPLEX,
+                                       PIPE_TYPE_BYTE | PIPE_WAIT, 1, 4096, 4096, 0, nullptr);
+  ASSERT_NE(pipe, INVALID_HANDLE_VALUE);
+  ClientRun run(box, L"doctor");
+  ConnectNamedPipe(pipe, nullptr);
+  PressCtrlC(run.pid());
+  EXPECT_EQ(run.ExitCode(), 130u);
+  CloseHandle(pipe);
+}
+
 // Nobody but this test stands behind the pipe.
 TEST_F(Client, HalfAReplyFromAPeerThatStaysEndsTheWait) {
   const HANDLE pipe = CreateNamedPipeW(L"\\\\.\\pipe\\TavrinService", PIPE_ACCESS_DUPLEX,

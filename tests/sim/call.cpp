@@ -69,6 +69,11 @@ void Call::Judge(const std::string& text) {
   code_ = verdict.failure.value_or(0);
 }
 
+void Call::EndProcess(std::uint32_t exitCode) {
+  machine_->Crash(process_, exitCode);
+  Park();
+}
+
 void Call::Park() {
   lock_.unlock();
   lock_ = MachineLock();

@@ -77,6 +77,8 @@ class Call {
 
   // Really blocks this thread until `done` holds. A process that is killed meanwhile never returns.
   void Block(const std::function<bool()>& done);
+  // The calling process ends, and with it this thread.
+  [[noreturn]] void EndProcess(std::uint32_t exitCode);
   // Gives the lock back early, for a function that goes on without the machine.
   void Release() { lock_.unlock(); }
   MachineLock& lock() { return lock_; }
@@ -86,7 +88,7 @@ class Call {
 
  private:
   void Judge(const std::string& text);
-  void Park();
+  [[noreturn]] void Park();
 
   const char* const name_;
   std::shared_ptr<Machine> machine_;

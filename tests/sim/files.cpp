@@ -78,6 +78,11 @@ std::optional<std::string> Files::Read(const std::wstring& path) const {
   return node && !node->directory ? std::optional(node->content) : std::nullopt;
 }
 
+std::uint64_t Files::BytesRead(const std::wstring& path) const {
+  const MachineLock lock = core_.Lock();
+  return Find(path)->bytesRead;
+}
+
 std::vector<FileNode> Files::All() const {
   const MachineLock lock = core_.Lock();
   std::vector<FileNode> all;
@@ -127,6 +132,11 @@ void Files::SetWritesFail(const std::wstring& path, bool fail) {
 void Files::SetAccessList(const std::wstring& path, const std::string& sddl) {
   const MachineLock lock = core_.Lock();
   Find(path)->accessList = sddl;
+}
+
+void Files::SetLastWrite(const std::wstring& path, std::int64_t unixMilliseconds) {
+  const MachineLock lock = core_.Lock();
+  Find(path)->lastWrite = unixMilliseconds;
 }
 
 void Files::SetVersion(const std::wstring& path, const std::string& version) {

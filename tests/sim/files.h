@@ -22,9 +22,11 @@ struct FileNode {
   bool readsFail = false;   // opens, but gives no byte (a damaged disk)
   bool writesFail = false;  // opens, but every write to it is lost (a full disk)
   std::string content;
-  std::string accessList;  // in SDDL, with the owner or not; empty: what C:\\Program Files has
-  int changes = 0;         // how often it was opened for writing: each would change its time
-  std::string version;     // "0.1.0", of an executable with a version resource
+  std::string accessList;       // in SDDL, with the owner or not; empty: what C:\\Program Files has
+  int changes = 0;              // how often it was opened for writing: each would change its time
+  std::string version;          // "0.1.0", of an executable with a version resource
+  std::int64_t lastWrite = 0;   // milliseconds since 1970, UTC
+  std::uint64_t bytesRead = 0;  // by streams
   // What this machine's own streams have open: each read, write and share right counts.
   int readers = 0;
   int writers = 0;
@@ -45,6 +47,7 @@ class Files {
   void Remove(const std::wstring& path);  // a directory with everything in it
   bool Exists(const std::wstring& path) const;
   std::optional<std::string> Read(const std::wstring& path) const;
+  std::uint64_t BytesRead(const std::wstring& path) const;  // by the product, with streams
   // Every file and directory.
   std::vector<FileNode> All() const;
   // Names (full paths, UTF-8) of every file below a directory, sorted.
@@ -54,6 +57,7 @@ class Files {
   void SetRangeLocked(const std::wstring& path, bool locked);  // by another program
   void SetReadOnly(const std::wstring& path, bool readOnly);
   void SetAccessList(const std::wstring& path, const std::string& sddl);
+  void SetLastWrite(const std::wstring& path, std::int64_t unixMilliseconds);
   void SetVersion(const std::wstring& path, const std::string& version);
   void SetWritesFail(const std::wstring& path, bool fail);
   bool isDiskFull = false;  // every write to any file is lost

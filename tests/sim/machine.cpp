@@ -118,11 +118,11 @@ void Machine::Finish(const std::shared_ptr<Process>& process) {
   processes.End(process, 0);
 }
 
-void Machine::Crash(const std::shared_ptr<Process>& process) {
+void Machine::Crash(const std::shared_ptr<Process>& process, std::uint32_t exitCode) {
   const MachineLock lock = core_.Lock();
   process->crashed = true;
   CloseEverythingOf(process->id);
-  processes.End(process, 1);
+  processes.End(process, exitCode);
   core_.processEnded.notify_all();
 }
 

@@ -61,7 +61,7 @@ struct IpHelperOddities {
 };
 
 struct ProcessRun {
-  bool killed = false;  // by Faults::KillAt; else the body came to its end
+  bool killed = false;  // by Faults::KillAt or ExitProcess; else the body came to its end
   std::uint32_t processId = 0;
 };
 
@@ -138,7 +138,7 @@ class Machine {
   std::shared_ptr<Process> ThisProcess();
   void BindThisThread(std::uint32_t processId);
   // The process dies on the spot.
-  void Crash(const std::shared_ptr<Process>& process);
+  void Crash(const std::shared_ptr<Process>& process, std::uint32_t exitCode = 1);
   void AddViolation(std::string text);
   std::map<std::uint32_t, int> winsockStarts;  // by process
 

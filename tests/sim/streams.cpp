@@ -187,6 +187,7 @@ size_t Streams::ReadBytes(Stream& stream, char* buffer, size_t size) {
   const size_t count = stream.node->readsFail ? 0 : std::min(size, content.size() - from);
   std::memcpy(buffer, content.data() + from, count);
   stream.position = from + count;
+  stream.node->bytesRead += count;
   return count;
 }
 

@@ -15,6 +15,7 @@ class Terminal {
   int columns = 80;
   std::uint16_t attributes = 7;  // of what is written next
   bool cursorVisible = true;
+  std::uint32_t cursorSize = 25;  // percent of a cell
 
   void Write(const std::wstring& text);
   // UTF-8, without the blanks at their ends; the line of the cursor is the last one.

@@ -1,5 +1,6 @@
 // Files by name, paths, the environment.
 #include "tests/sim/call.h"
+#include "tests/sim/file_time.h"
 #include "tests/sim/path.h"
 #include "tests/sim/text.h"
 
@@ -135,6 +136,7 @@ BOOL GetFileAttributesExW(LPCWSTR name, GET_FILEEX_INFO_LEVELS /*level*/, LPVOID
   *found = {};
   found->dwFileAttributes = AttributesOf(*node);
   found->nFileSizeLow = static_cast<DWORD>(node->content.size());
+  found->ftLastWriteTime = sim::FileTimeOf(node->lastWrite);
   return TRUE;
 }
 

@@ -4,6 +4,7 @@
 
 #include <windows.h>
 
+#include <chrono>
 #include <thread>
 #include <utility>
 
@@ -63,6 +64,10 @@ DWORD WaitForSingleObject(HANDLE object, DWORD milliseconds) {
   sim::Clock& clock = call->clock;
   const auto done = [&] { return target->IsSignalled(); };
   if (milliseconds != INFINITE) {
+    if (milliseconds > 0 && dynamic_cast<sim::ThreadObject*>(target.get()) != nullptr) {
+      // A thread is given real time before virtual time runs out.
+      (void)call->core().changed.wait_for(call.lock(), std::chrono::seconds(1), done);
+    }
     return clock.WaitUntil(clock.Now() + milliseconds, done) ? WAIT_OBJECT_0 : WAIT_TIMEOUT;
   }
   call.Block([&] {
@@ -76,6 +81,19 @@ DWORD WaitForSingleObject(HANDLE object, DWORD milliseconds) {
 DWORD GetTickCount() {
   Call call("GetTickCount");
   return static_cast<DWORD>(call->clock.Now() & 0xFFFFFFFF);
+}
+
+// Ten million a second.
+BOOL QueryPerformanceCounter(LARGE_INTEGER* counter) {
+  Call call("QueryPerformanceCounter");
+  counter->QuadPart = static_cast<LONGLONG>(call->clock.Now() * 10'000);
+  return TRUE;
+}
+
+BOOL QueryPerformanceFrequency(LARGE_INTEGER* frequency) {
+  Call call("QueryPerformanceFrequency");
+  frequency->QuadPart = 10'000'000;
+  return TRUE;
 }
 
 ULONGLONG GetTickCount64() {

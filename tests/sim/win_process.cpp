@@ -173,6 +173,11 @@ BOOL TerminateProcess(HANDLE process, UINT exitCode) {
   return TRUE;
 }
 
+void ExitProcess(UINT exitCode) {
+  Call call("ExitProcess", {exitCode});
+  call.EndProcess(exitCode);
+}
+
 HANDLE OpenProcess(DWORD access, BOOL inheritHandle, DWORD processId) {
   Call call("OpenProcess",
             {Arg::OfHex(access), Arg(std::string(inheritHandle ? "inherit" : "own")), processId});

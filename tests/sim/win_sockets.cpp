@@ -93,10 +93,17 @@ int ConnectByModel(const Call& call, sim::Socket& socket, bool listening) {
   return call.Fail(SOCKET_ERROR, WSAECONNREFUSED);
 }
 
-bool IsWritable(const Call& call, SOCKET socket) {
-  using State = sim::Socket::State;
-  const auto object = Find(call, socket);
-  return object && (object->state == State::kConnected || object->state == State::kFailed);
+// The sockets of `asked`, possibly null, that are in one of these states.
+sim_fd_set InStates(const Call& call, const sim_fd_set* asked,
+                    std::initializer_list<sim::Socket::State> states) {
+  sim_fd_set found = {};
+  for (UINT i = 0; asked != nullptr && i < asked->fd_count; ++i) {
+    const auto object = Find(call, asked->fd_array[i]);
+    if (object && std::find(states.begin(), states.end(), object->state) != states.end()) {
+      FD_SET(asked->fd_array[i], &found);
+    }
+  }
+  return found;
 }
 
 std::uint64_t MillisecondsOf(const timeval& time) {
@@ -193,21 +200,23 @@ int select(int /*ignored*/, sim_fd_set* readable, sim_fd_set* writable, sim_fd_s
   if (call.failed()) {
     return call.Fail(SOCKET_ERROR);
   }
-  // Only writability is modelled, and an attempt that was not accepted at once stays open.
-  if (readable != nullptr || exceptional != nullptr || writable == nullptr || timeout == nullptr) {
+  // Readability is not modelled, and an attempt that was not accepted at once stays open.
+  if (readable != nullptr || writable == nullptr || timeout == nullptr) {
     return call.Fail(SOCKET_ERROR, WSAEINVAL);
   }
+  using State = sim::Socket::State;
   sim_fd_set ready = {};
-  for (UINT i = 0; i < writable->fd_count; ++i) {
-    if (IsWritable(call, writable->fd_array[i])) {
-      FD_SET(writable->fd_array[i], &ready);
-    }
-  }
+  sim_fd_set failed = {};
+  (void)call->clock.WaitUntil(call->clock.Now() + MillisecondsOf(*timeout), [&] {
+    ready = InStates(call, writable, {State::kConnected, State::kFailed});
+    failed = InStates(call, exceptional, {State::kFailed});
+    return ready.fd_count + failed.fd_count > 0;
+  });
   *writable = ready;
-  if (ready.fd_count == 0) {
-    call->clock.Advance(MillisecondsOf(*timeout));
+  if (exceptional != nullptr) {
+    *exceptional = failed;
   }
-  return static_cast<int>(ready.fd_count);
+  return static_cast<int>(ready.fd_count + failed.fd_count);
 }
 
 int getsockopt(SOCKET socket, int level, int option, char* value, int* length) {

@@ -90,6 +90,18 @@ BOOL SetConsoleTextAttribute(HANDLE console, WORD attributes) {
   return TRUE;
 }
 
+BOOL GetConsoleCursorInfo(HANDLE console, CONSOLE_CURSOR_INFO* info) {
+  Call call("GetConsoleCursorInfo");
+  if (call.failed()) {
+    return call.Fail(FALSE);
+  }
+  if (!IsConsole(call, console)) {
+    return FALSE;
+  }
+  *info = {call->console.terminal.cursorSize, call->console.terminal.cursorVisible ? TRUE : FALSE};
+  return TRUE;
+}
+
 BOOL SetConsoleCursorInfo(HANDLE console, const CONSOLE_CURSOR_INFO* info) {
   Call call("SetConsoleCursorInfo", {info->bVisible});
   if (call.failed()) {
@@ -99,6 +111,7 @@ BOOL SetConsoleCursorInfo(HANDLE console, const CONSOLE_CURSOR_INFO* info) {
     return FALSE;
   }
   call->console.terminal.cursorVisible = info->bVisible != FALSE;
+  call->console.terminal.cursorSize = info->dwSize;
   return TRUE;
 }
 

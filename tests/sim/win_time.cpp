@@ -1,11 +1,13 @@
 // Calendar time.
 #include "tests/sim/call.h"
+#include "tests/sim/file_time.h"
 
 #include <windows.h>
 
 #include <chrono>
 
 using sim::Call;
+using sim::FileTimeOf;
 
 namespace {
 
@@ -29,19 +31,19 @@ void SetTime(std::chrono::milliseconds sinceMidnight, SYSTEMTIME* systemTime) {
   systemTime->wMilliseconds = static_cast<WORD>(time.subseconds().count());
 }
 
-FILETIME FileTimeOf(std::int64_t unixMilliseconds) {
-  const std::chrono::milliseconds sinceFirstDay =
-      std::chrono::milliseconds(unixMilliseconds) - kFirstDay.time_since_epoch();
-  const auto ticks = static_cast<std::uint64_t>(Ticks(sinceFirstDay).count());
-  return {static_cast<DWORD>(ticks & 0xFFFFFFFF), static_cast<DWORD>(ticks >> 32)};
-}
-
 // 1969, because of zones east of Greenwich, to 3001; a wrong guess is corrected by the result.
 bool IsPlausible(std::int64_t year) {
   return year >= 1969 && year <= 3001;
 }
 
 }  // namespace
+
+FILETIME sim::FileTimeOf(std::int64_t unixMilliseconds) {
+  const std::chrono::milliseconds sinceFirstDay =
+      std::chrono::milliseconds(unixMilliseconds) - kFirstDay.time_since_epoch();
+  const auto ticks = static_cast<std::uint64_t>(Ticks(sinceFirstDay).count());
+  return {static_cast<DWORD>(ticks & 0xFFFFFFFF), static_cast<DWORD>(ticks >> 32)};
+}
 
 void GetSystemTime(SYSTEMTIME* systemTime) {
   using namespace std::chrono;

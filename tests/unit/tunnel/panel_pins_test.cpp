@@ -68,6 +68,22 @@ TEST_F(PanelPins, WithoutAGatewayNothingIsPinned) {
       << "no route is even prepared for the panel";
 }
 
+TEST_F(PanelPins, OnAnInterfaceWithoutANameNothingIsPinned) {
+  config.panelHosts = {L"198.51.100.5"};
+  Ethernet().friendlyName.clear();
+  ASSERT_TRUE(Start());
+  const Texts asked = machine.calls.TextsOf("InetPtonW");
+  EXPECT_EQ(std::count(asked.begin(), asked.end(), "\"198.51.100.5\""), 0)
+      << "no route is even prepared for the panel";
+  manager->stop();
+  machine.network.FindByAlias("")->friendlyName = "以太网";
+  // This machine knows the interface by its empty name, and the node's pin was made there.
+  std::erase_if(machine.network.routes, [this](const netmodel::Route& route) {
+    return route.luid == Ethernet().luid && route.nextHop == kGateway && route.metric == 1 &&
+           netmodel::FormatIpv4(route.destination) == "198.51.100.30" && route.prefixLength == 32;
+  });
+}
+
 TEST_F(PanelPins, AnOlderRouteToThatDestinationGivesWay) {
   AllowNetworkChanges();
   machine.network.routes.push_back({Ethernet().luid, 0xC6336405, 32, kGateway, 77});

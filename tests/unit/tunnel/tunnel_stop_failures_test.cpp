@@ -103,6 +103,17 @@ TEST_F(TunnelStopFailures, AChildThatCantBeAskedIsLeftToTheJob) {
   RestoreDiscovery();
 }
 
+TEST_F(TunnelStopFailures, OnAnInterfaceWithoutANameNoPinIsLookedFor) {
+  Ethernet().friendlyName.clear();
+  StartAndForgetCalls();
+  Stop();
+  machine.network.FindByAlias("")->friendlyName = "以太网";
+  const Texts aliases = machine.calls.TextsOf("ConvertInterfaceAliasToLuid");
+  EXPECT_EQ(std::count(aliases.begin(), aliases.end(), "\"\""), 0);
+  EXPECT_EQ(machine.processes.Alive(), Texts());
+  DropPins();
+}
+
 // Failures that nobody hears of
 
 TEST_F(TunnelStopFailures, DeletionsThatFailKeepNothingFromRunning) {

@@ -125,6 +125,8 @@ void Sleep(DWORD milliseconds);
 DWORD WaitForSingleObject(HANDLE object, DWORD milliseconds);
 DWORD GetTickCount();
 ULONGLONG GetTickCount64();
+BOOL QueryPerformanceCounter(LARGE_INTEGER* counter);
+BOOL QueryPerformanceFrequency(LARGE_INTEGER* frequency);
 void GetSystemTime(SYSTEMTIME* systemTime);
 
 HANDLE CreateThread(SECURITY_ATTRIBUTES* attributes, SIZE_T stackSize, LPTHREAD_START_ROUTINE start,
@@ -135,6 +137,7 @@ BOOL CreateProcessW(LPCWSTR applicationName, LPWSTR commandLine,
                     STARTUPINFOW* startupInfo, PROCESS_INFORMATION* information);
 DWORD ResumeThread(HANDLE thread);
 BOOL TerminateProcess(HANDLE process, UINT exitCode);
+[[noreturn]] void ExitProcess(UINT exitCode);
 HANDLE OpenProcess(DWORD access, BOOL inheritHandle, DWORD processId);
 BOOL GetExitCodeProcess(HANDLE process, DWORD* exitCode);
 BOOL QueryFullProcessImageNameW(HANDLE process, DWORD flags, LPWSTR name, DWORD* size);

@@ -42,6 +42,7 @@ BOOL GetConsoleMode(HANDLE console, DWORD* mode);
 BOOL SetConsoleMode(HANDLE console, DWORD mode);
 BOOL GetConsoleScreenBufferInfo(HANDLE console, CONSOLE_SCREEN_BUFFER_INFO* info);
 BOOL SetConsoleTextAttribute(HANDLE console, WORD attributes);
+BOOL GetConsoleCursorInfo(HANDLE console, CONSOLE_CURSOR_INFO* info);
 BOOL SetConsoleCursorInfo(HANDLE console, const CONSOLE_CURSOR_INFO* info);
 BOOL WriteConsoleW(HANDLE console, LPCVOID text, DWORD count, DWORD* written, LPVOID reserved);
 BOOL ReadConsoleW(HANDLE console, LPVOID text, DWORD count, DWORD* read, LPVOID control);

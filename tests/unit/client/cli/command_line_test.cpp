@@ -62,18 +62,27 @@ TEST_F(CommandLineTest, APasswordIsNeverTakenFromTheCommandLine) {
 TEST_F(CommandLineTest, WrongLinesSayWhatIsWrong) {
   for (const auto& [arguments, text] :
        std::vector<std::pair<std::vector<std::wstring>, std::wstring>>{
-           {{L"conect"}, L"tavrinctl: no command is called conect\nSee: tavrinctl help\n"},
+           {{L"conect"},
+            L"tavrinctl: no command is called conect\nUsage: tavrinctl COMMAND [OPTION...]\nSee: "
+            L"tavrinctl help\n"},
            {{L"status", L"--frob"},
             L"tavrinctl: The following argument was not expected: --frob\n"
+            L"Usage: tavrinctl status [OPTION...]\n"
             L"See: tavrinctl help status\n"},
-           {{L"request"}, L"tavrinctl: TEXT is required\nSee: tavrinctl help request\n"},
+           {{L"request"},
+            L"tavrinctl: TEXT is required\nUsage: tavrinctl request TEXT\nSee: tavrinctl help "
+            L"request\n"},
            {{L"connect", L"a", L"b"},
             L"tavrinctl: The following argument was not expected: b\n"
+            L"Usage: tavrinctl connect [NODE] [OPTION...]\n"
             L"See: tavrinctl help connect\n"},
            {{L"disconnect", L"status"},
             L"tavrinctl: The following argument was not expected: status\n"
+            L"Usage: tavrinctl disconnect [OPTION...]\n"
             L"See: tavrinctl help disconnect\n"},
-           {{L"help", L"frob"}, L"tavrinctl: no command is called frob\nSee: tavrinctl help\n"}}) {
+           {{L"help", L"frob"},
+            L"tavrinctl: no command is called frob\nUsage: tavrinctl COMMAND [OPTION...]\nSee: "
+            L"tavrinctl help\n"}}) {
     const ParsedLine parsed = ParseCommandLine(arguments);
     EXPECT_EQ(parsed.kind, Kind::kWrong);
     EXPECT_EQ(parsed.text, text);

@@ -1,5 +1,7 @@
 #include <windows.h>
 
+#include <algorithm>
+
 #include "tests/unit/client/client_test.h"
 
 namespace vpn {
@@ -52,6 +54,23 @@ TEST_F(ConnectTest, EachStepIsShownAsTheTraceGrows) {
                       }));
 }
 
+TEST_F(ConnectTest, TheTraceIsNotOpenedWhileSomebodyElseIsServed) {
+  machine.files.Put(unit::kTrace, unit::RecordedConnect());
+  ScriptedService service(machine);
+  service.IsBusyFor(1000);
+  service.RepliesAfter(1100, unit::kUpReply);
+  const auto opened = [this] {
+    const std::vector<std::string> files = machine.calls.TextsOf("_wfsopen");
+    return std::count(files.begin(), files.end(),
+                      "\"C:\\Program Files\\Tavrin\\connect-timing.log\", \"rb\", 64");
+  };
+  std::ptrdiff_t before = -1;
+  machine.clock.After(990, [&] { before = opened(); });
+  EXPECT_EQ(Run({L"connect"}), 0);
+  EXPECT_EQ(before, 0);
+  EXPECT_EQ(opened(), 2) << "for the medians, and at the end";
+}
+
 TEST_F(ConnectTest, WithoutANodeTheFirstOneIsMeant) {
   ScriptedService service(machine);
   service.RepliesAfter(40, unit::kUpReply);
@@ -66,6 +85,21 @@ TEST_F(ConnectTest, AnUnknownNodeIsNotSent) {
             "No node is called \"Tokio 01\". Did you mean \"Tokyo 01\"?\n"
             "  What to do: choose one that tavrinctl nodes shows.\n");
   EXPECT_EQ(machine.calls.Count("CreateFileW"), 0u);
+}
+
+TEST_F(ConnectTest, AnUnknownNodeAsJson) {
+  EXPECT_EQ(Run({L"connect", L"Tokio 01", L"--json"}), 1);
+  EXPECT_EQ(Out(), R"({
+  "schema": 1,
+  "ok": false,
+  "reason": "unknown node",
+  "error": "No node is called \"Tokio 01\".",
+  "didYouMean": "Tokyo 01",
+  "whatToDo": "choose one that tavrinctl nodes shows"
+}
+)");
+  EXPECT_EQ(Run({L"connect", L"Nothing like it", L"--json"}), 1);
+  EXPECT_NE(Out().find("\"didYouMean\": null,\n"), std::string::npos);
 }
 
 TEST_F(ConnectTest, ForceSendsAnyName) {
@@ -112,7 +146,7 @@ TEST_F(ConnectTest, TheStepThatFailedIsMarkedAndXraysWordsFollow) {
   EXPECT_EQ(Run({L"connect"}), 1);
   const std::vector<std::string> screen = Screen();
   ASSERT_GT(screen.size(), 8u);
-  EXPECT_EQ(screen[5], "  ✗ Xray listening                5 003 ms");
+  EXPECT_EQ(screen[5], "  ✗ Xray listening                5 013 ms");
   EXPECT_EQ(screen[6], "连接核心无法启动，请换一条线路或重新登录后再试。");
   EXPECT_EQ(screen[7], "  Xray's own words (xray-error.log): failed to read server hello");
   EXPECT_EQ(
@@ -120,6 +154,21 @@ TEST_F(ConnectTest, TheStepThatFailedIsMarkedAndXraysWordsFollow) {
       "  What to do: choose another node, or sign in again, and read xray-error.log: most often it "
       "is the");
   EXPECT_EQ(screen[9], "              node's settings, a missing geo file, or a virus scanner.");
+}
+
+TEST_F(ConnectTest, OfALongLogOfXraysTheLastWordsAreShown) {
+  ScriptedService service(machine);
+  const std::wstring log = std::wstring(unit::kRuntime) + L"\\xray-error.log";
+  machine.files.Put(log, "an old line\n");
+  AppendTraceAfter(30, unit::RecordedLines(5));
+  machine.clock.After(60, [&] {
+    machine.files.Put(log, "an old line\n" + std::string(200'000, 'x') + "\nthe last words\n");
+  });
+  service.RepliesAfter(5040, kXrayReply);
+  EXPECT_EQ(Run({L"connect"}), 1);
+  EXPECT_NE(Err().find("  Xray's own words (xray-error.log): the last words\n"), std::string::npos)
+      << Err();
+  EXPECT_EQ(machine.files.BytesRead(log), 65'536u);
 }
 
 TEST_F(ConnectTest, AnXrayWithoutWordsIsSaidToo) {
@@ -211,8 +260,17 @@ TEST_F(ConnectTest, CtrlCEndsTheClientAndNotTheConnect) {
 TEST_F(ConnectTest, ATimeOutEndsTheClientAndNotTheConnect) {
   ScriptedService service(machine);
   EXPECT_EQ(Run({L"connect", L"--timeout", L"3", L"--json"}), 2);
-  EXPECT_NE(Out().find(R"("reason": "timeout")"), std::string::npos);
+  EXPECT_EQ(Out(), "{\n  \"schema\": 1,\n  \"reachable\": true,\n  \"reason\": \"timeout\"\n}\n");
   EXPECT_NE(Err().find("The service goes on with the connect.\n"), std::string::npos);
+}
+
+TEST_F(ConnectTest, AfterTheServiceDiedNothingGoesOn) {
+  ScriptedService service(machine);
+  service.HangsUpAfter(50);
+  EXPECT_EQ(Run({L"connect"}), 2);
+  EXPECT_EQ(Err(),
+            "The connection ended without a proper reply.\n"
+            "  What to do: look at the end of tavrin-service.log, and try again.\n");
 }
 
 TEST_F(ConnectTest, WithNoServiceNothingGoesOn) {

@@ -108,8 +108,8 @@ const std::set<std::string> kReading = {
     "GetAdaptersAddresses", "GetConsoleMode", "GetEnvironmentVariableW", "GetExtendedTcpTable",
     "GetIpForwardTable2", "GetIpInterfaceEntry", "GetModuleFileNameW", "GetStdHandle",
     "GetSystemTimeAsFileTime", "GetTickCount64", "GetVersionExW", "ConvertInterfaceAliasToLuid",
-    "ConvertInterfaceLuidToAlias", "ConvertInterfaceLuidToIndex", "InitializeIpInterfaceEntry",
-    "InetNtopW", "InetPtonW", "GetSystemTime",
+    "SetConsoleCtrlHandler", "ConvertInterfaceLuidToAlias", "ConvertInterfaceLuidToIndex",
+    "InitializeIpInterfaceEntry", "InetNtopW", "InetPtonW", "GetSystemTime",
     // files, the registry, services, processes
     "_wfsopen", "FindFirstFileW", "GetFileAttributesExW", "GetFileAttributesW", "GetFullPathNameW",
     "GetNamedSecurityInfoW", "ConvertSecurityDescriptorToStringSecurityDescriptorW",

@@ -73,6 +73,39 @@ TEST_F(NodesTest, WithoutAnAccountTheReasonIsShown) {
   EXPECT_EQ(Err(), "not logged in\n  What to do: sign in.\n");
 }
 
+TEST_F(NodesTest, APortThatCantBeIsSaidAndNotTried) {
+  machine.files.Put(
+      std::wstring(unit::kRuntime) + L"\\account.json",
+      R"({"email":"someone@mail.example","expireAt":"2999-12-31","nodeName":"Tokyo 01",
+      "address":"203.0.113.77","port":70000,"uuid":"u"})");
+  EXPECT_EQ(Run({L"nodes", L"--latency"}), 0);
+  EXPECT_EQ(Out(),
+            "Node       Address         Port   Latency\n"
+            "Tokyo 01   203.0.113.77   70000         –   there is no such port\n");
+  EXPECT_EQ(machine.calls.Count("connect"), 0u);
+}
+
+TEST_F(NodesTest, AnIpv6AddressIsSaidAndNotTried) {
+  machine.files.Put(std::wstring(unit::kRuntime) + L"\\account.json",
+                    R"({"email":"someone@mail.example","expireAt":"2999-12-31","nodeName":"Six",
+      "address":"2001:db8::1","port":443,"uuid":"u"})");
+  EXPECT_EQ(Run({L"nodes", L"--latency"}), 0);
+  EXPECT_EQ(Out(),
+            "Node   Address       Port   Latency\n"
+            "Six    2001:db8::1    443         –   an IPv6 address; only IPv4 is measured\n");
+  EXPECT_EQ(machine.calls.Count("GetAddrInfoW"), 0u);
+}
+
+TEST_F(NodesTest, ANameThatDoesNotResolveInTimeIsSaid) {
+  machine.names.Set("slow.node.example", sim::HostEntry{.ipv4 = {"198.51.100.7"}, .takes = 30'000});
+  machine.files.Put(std::wstring(unit::kRuntime) + L"\\account.json",
+                    R"({"email":"someone@mail.example","expireAt":"2999-12-31","nodeName":"大阪 7",
+      "address":"slow.node.example","port":443,"uuid":"u"})");
+  EXPECT_EQ(Run({L"nodes", L"--latency"}), 0);
+  EXPECT_NE(Out().find("443         –   the name did not resolve in 2 s\n"), std::string::npos)
+      << Out();
+}
+
 TEST_F(NodesTest, ANameThatDoesNotResolve) {
   machine.files.Put(std::wstring(unit::kRuntime) + L"\\account.json",
                     R"({"email":"someone@mail.example","expireAt":"2999-12-31","nodeName":"大阪 7",

@@ -62,6 +62,30 @@ TEST_F(SimpleRequestsTest, ARawReplyThatIsNoneOfTheServicesIsShownAndTwo) {
   EXPECT_EQ(Out(), "hello\n");
 }
 
+TEST_F(SimpleRequestsTest, ARawReplyStaysAsItIsByteForByte) {
+  const std::string reply = "{\"ok\":false,\"running\":false,\"error\":\"\xFF\xC3(\x80\"}";
+  ScriptedService service(machine);
+  service.RepliesAfter(40, reply);
+  EXPECT_EQ(Run({L"request", L"{}"}), 1);
+  EXPECT_EQ(Out(), reply + "\n");
+}
+
+TEST_F(SimpleRequestsTest, OnAConsoleARawReplyIsReadAsUtf8) {
+  UseTerminal();
+  ScriptedService service(machine);
+  service.RepliesAfter(40, R"({"ok":false,"running":false,"error":"没有可用节点"})");
+  EXPECT_EQ(Run({L"request", L"{}"}), 1);
+  EXPECT_EQ(machine.console.terminal.Lines().front(),
+            R"({"ok":false,"running":false,"error":"没有可用节点"})");
+}
+
+TEST_F(SimpleRequestsTest, ADisconnectThatGetsNoReplyEndsAfterAMinute) {
+  ScriptedService service(machine);
+  const std::uint64_t start = machine.clock.Now();
+  EXPECT_EQ(Run({L"disconnect"}), 2);
+  EXPECT_EQ(machine.clock.Now() - start, 60'000u);
+}
+
 TEST_F(SimpleRequestsTest, ARawReplyThatIsGoodIsZero) {
   ScriptedService service(machine);
   service.RepliesAfter(40, unit::kUpReply);
@@ -71,7 +95,19 @@ TEST_F(SimpleRequestsTest, ARawReplyThatIsGoodIsZero) {
 TEST_F(SimpleRequestsTest, AWrongLineIsThreeAndOnStderr) {
   EXPECT_EQ(Run({L"frob"}), 3);
   EXPECT_EQ(Out(), "");
-  EXPECT_EQ(Err(), "tavrinctl: no command is called frob\nSee: tavrinctl help\n");
+  EXPECT_EQ(Err(),
+            "tavrinctl: no command is called frob\n"
+            "Usage: tavrinctl COMMAND [OPTION...]\n"
+            "See: tavrinctl help\n");
+}
+
+TEST_F(SimpleRequestsTest, AWrongOptionShowsTheCommandsUsage) {
+  EXPECT_EQ(Run({L"connect", L"--frob"}), 3);
+  EXPECT_EQ(Out(), "");
+  EXPECT_EQ(Err(),
+            "tavrinctl: The following argument was not expected: --frob\n"
+            "Usage: tavrinctl connect [NODE] [OPTION...]\n"
+            "See: tavrinctl help connect\n");
 }
 
 TEST_F(SimpleRequestsTest, TheVersionGoesToStdout) {

@@ -15,9 +15,11 @@ class StatusTest : public unit::ClientTest {
     machine.files.Put(runtime + L"\\session.json.xray.json",
                       R"({"vnext": [{ "address": "203.0.113.77", "port": 443 }]})");
     machine.files.Put(unit::kTrace, unit::RecordedConnect());
-    machine.processes.Seed(runtime + L"\\xray\\xray.exe");
+    xray = machine.processes.Seed(runtime + L"\\xray\\xray.exe");
     machine.clock.Advance(8'040'000);
   }
+
+  std::shared_ptr<sim::Process> xray;
 };
 
 TEST_F(StatusTest, ATunnelThatIsUp) {
@@ -58,6 +60,64 @@ TEST_F(StatusTest, ATunnelThatIsUpAsJson) {
 )");
 }
 
+TEST_F(StatusTest, WhereXrayTellsNothingTheLastWriteOfTheTraceCounts) {
+  PutTunnel();
+  xray->openError = ERROR_ACCESS_DENIED;
+  machine.files.SetLastWrite(unit::kTrace, machine.clock.UnixMilliseconds() - 125'000);
+  ScriptedService service(machine);
+  service.RepliesAfter(5, unit::kUpReply);
+  EXPECT_EQ(Run({L"status"}), 0);
+  EXPECT_EQ(Out().find("Tavrin is connected.        up for 2 min\n"), 0u) << Out();
+}
+
+TEST_F(StatusTest, WhereNothingTellsTheTimeItIsUnknown) {
+  PutTunnel();
+  xray->openError = ERROR_ACCESS_DENIED;
+  machine.files.Put(unit::kTrace, unit::RecordedLines(4));  // a connect that failed meanwhile
+  ScriptedService service(machine);
+  service.RepliesAfter(5, unit::kUpReply);
+  EXPECT_EQ(Run({L"status", L"--json"}), 0);
+  EXPECT_NE(Out().find("\"upSeconds\": null,\n  \"connectMilliseconds\": null,\n"),
+            std::string::npos)
+      << Out();
+}
+
+TEST_F(StatusTest, TheServiceManagerIsAskedOnceAndTheProcessesTwice) {
+  PutTunnel();
+  ScriptedService service(machine);
+  service.RepliesAfter(0, unit::kUpReply);
+  EXPECT_EQ(Run({L"status"}), 0);
+  EXPECT_EQ(machine.calls.Count("OpenSCManagerW"), 1u);
+  EXPECT_EQ(machine.calls.Count("CreateToolhelp32Snapshot"), 2u);
+}
+
+TEST_F(StatusTest, TheTraceIsNotOpenedWhileSomebodyElseIsServed) {
+  PutTunnel();
+  ScriptedService service(machine);
+  service.IsBusyFor(1000);
+  service.RepliesAfter(1100, unit::kUpReply);
+  size_t before = 1;
+  machine.clock.After(990, [&] { before = machine.calls.Count("_wfsopen"); });
+  EXPECT_EQ(Run({L"status"}), 0);
+  EXPECT_EQ(before, 0u);
+}
+
+TEST_F(StatusTest, AServiceThatDoesNotReplyIsGivenUpAfterAMinute) {
+  ScriptedService service(machine);
+  const std::uint64_t start = machine.clock.Now();
+  EXPECT_EQ(Run({L"status", L"--json"}), 2);
+  EXPECT_EQ(machine.clock.Now() - start, 60'000u);
+  EXPECT_EQ(Out(), "{\n  \"schema\": 1,\n  \"reachable\": true,\n  \"reason\": \"timeout\"\n}\n");
+}
+
+TEST_F(StatusTest, CtrlCWhileTheReplyIsAwaitedIsToldAsJsonToo) {
+  ScriptedService service(machine);
+  machine.clock.After(50, [&] { machine.console.Send(CTRL_C_EVENT); });
+  EXPECT_EQ(Run({L"status", L"--json"}), 130);
+  EXPECT_EQ(Out(),
+            "{\n  \"schema\": 1,\n  \"reachable\": true,\n  \"reason\": \"interrupted\"\n}\n");
+}
+
 TEST_F(StatusTest, NoTunnel) {
   ScriptedService service(machine);
   service.RepliesAfter(5, unit::kDownReply);
@@ -73,7 +133,7 @@ TEST_F(StatusTest, AConfigurationThatCantBeReadIsSaid) {
   service.RepliesAfter(5, unit::kUpReply);
   EXPECT_EQ(Run({L"status"}), 0);
   EXPECT_EQ(Out(),
-            "Tavrin is connected.        up for 0 s\n"
+            "Tavrin is connected.\n"
             "Node     unknown: the generated configuration can't be read\n"
             "Service  starting as a Windows service, version 0.1.0, "
             "C:\\Program Files\\Tavrin\\runtime\n");
@@ -180,10 +240,41 @@ TEST_F(StatusTest, AWatchAsJsonIsALineForEachChange) {
   machine.clock.After(20, [&] { service.HangsUpAfter(0); });
   machine.clock.After(2500, [&] { machine.console.Send(CTRL_C_EVENT); });
   EXPECT_EQ(Run({L"status", L"--watch", L"--json"}), 130);
-  EXPECT_EQ(Out(), R"({"schema":1,"reachable":true,"connected":false,"address":""})"
-                   "\n"
-                   R"({"schema":1,"reachable":false,"connected":false,"address":""})"
-                   "\n");
+  EXPECT_EQ(Out(),
+            R"({"schema":1,"reachable":true,"reason":null,"connected":false,"address":""})"
+            "\n"
+            R"({"schema":1,"reachable":false,"reason":"absent","connected":null,"address":""})"
+            "\n");
+}
+
+TEST_F(StatusTest, AWatchSaysAtOnceThatTheServiceIsBusy) {
+  machine.pipes.AddForeign(L"\\\\.\\pipe\\TavrinService");
+  machine.clock.After(500, [&] { machine.console.Send(CTRL_C_EVENT); });
+  EXPECT_EQ(Run({L"status", L"--watch"}), 130);
+  EXPECT_EQ(Out(), "The service is busy with another client.\n");
+}
+
+TEST_F(StatusTest, AWatchSaysAtOnceThatTheServiceHasNoPipeYet) {
+  machine.services.Install({.name = "TavrinService", .state = SERVICE_START_PENDING});
+  machine.clock.After(500, [&] { machine.console.Send(CTRL_C_EVENT); });
+  EXPECT_EQ(Run({L"status", L"--watch"}), 130);
+  EXPECT_EQ(Out(), "The service has no pipe yet.\n");
+}
+
+TEST_F(StatusTest, AWatchEndsAtCtrlCWhileAReplyIsAwaited) {
+  ScriptedService service(machine);
+  machine.clock.After(200, [&] { machine.console.Send(CTRL_C_EVENT); });
+  const std::uint64_t start = machine.clock.Now();
+  EXPECT_EQ(Run({L"status", L"--watch"}), 130);
+  EXPECT_EQ(machine.clock.Now() - start, 200u);
+  EXPECT_EQ(Out() + Err(), "");
+}
+
+TEST_F(StatusTest, AWatchGivesASilentServiceTenSeconds) {
+  ScriptedService service(machine);
+  machine.clock.After(10'500, [&] { machine.console.Send(CTRL_C_EVENT); });
+  EXPECT_EQ(Run({L"status", L"--watch"}), 130);
+  EXPECT_EQ(Out(), "There was no reply in time; the service may still be at work.\n");
 }
 
 }  // namespace

@@ -82,7 +82,39 @@ TEST_F(TraceTest, APageThatCantBeWrittenIsSaid) {
   EXPECT_EQ(Run({L"trace", L"--html", L"Q:\\page.html"}), 1);
   EXPECT_EQ(Err(),
             "The page can't be written: Q:\\page.html\n"
-            "  What to do: name a file in a directory of your own.\n");
+            "  What to do: name a file in a directory of your own, on a disk with room.\n");
+}
+
+TEST_F(TraceTest, OnAFullDiskThePageFromBeforeStaysAndNothingIsHalfMade) {
+  machine.files.Put(unit::kTrace, unit::RecordedConnect());
+  machine.files.Put(L"C:\\pages\\page.html", "from before");
+  machine.files.Put(L"C:\\pages\\page.html.part");
+  machine.files.SetWritesFail(L"C:\\pages\\page.html.part", true);
+  EXPECT_EQ(Run({L"trace", L"--html", L"C:\\pages\\page.html"}), 1);
+  EXPECT_EQ(Out(), "");
+  EXPECT_EQ(machine.files.List(L"C:\\pages"), std::vector<std::string>{"C:\\pages\\page.html"});
+  EXPECT_EQ(machine.files.Read(L"C:\\pages\\page.html"), "from before");
+}
+
+TEST_F(TraceTest, APageThatCantTakeItsPlaceLeavesNothingBeside) {
+  machine.files.Put(unit::kTrace, unit::RecordedConnect());
+  machine.files.Put(L"C:\\pages\\page.html", "from before");
+  machine.files.SetReadOnly(L"C:\\pages\\page.html", true);
+  EXPECT_EQ(Run({L"trace", L"--html", L"C:\\pages\\page.html"}), 1);
+  EXPECT_EQ(machine.files.List(L"C:\\pages"), std::vector<std::string>{"C:\\pages\\page.html"});
+}
+
+TEST_F(TraceTest, EachOfSeveralStandsBesideTheMediansBeforeIt) {
+  std::string text;
+  for (const char* time : {"100", "300", "200"}) {
+    text +=
+        unit::RecordedLines(1) + "ipv6 leak blocked            +  100ms  total  " + time + "ms\r\n";
+  }
+  machine.files.Put(unit::kTrace, text);
+  EXPECT_EQ(Run({L"trace", L"--last", L"2"}), 0);
+  EXPECT_NE(Out().find("300 ms  ██████████████████  median   100 ms   ◄\n"), std::string::npos)
+      << Out();
+  EXPECT_NE(Out().find("200 ms  ██████████████████  median   200 ms   ◄\n"), std::string::npos);
 }
 
 TEST_F(TraceTest, AHugeFileIsReadFromItsEnd) {
@@ -94,6 +126,7 @@ TEST_F(TraceTest, AHugeFileIsReadFromItsEnd) {
   EXPECT_EQ(Run({L"trace"}), 0);
   EXPECT_EQ(Err(), "The file is larger than 1 MiB; what is older was left out.\n");
   EXPECT_NE(Out().find("complete, 0.61 s\n"), std::string::npos);
+  EXPECT_EQ(machine.files.BytesRead(unit::kTrace), 1'048'576u);
 }
 
 TEST_F(TraceTest, NoFileAndNoConnectAreToldApart) {

@@ -9,13 +9,16 @@ const std::vector<std::int64_t> kMedians = {0, 8, 14, -1, 1, 140, 115, 12, 16, 1
 
 class LiveViewTest : public unit::ClientTest {
  protected:
-  void SetUp() override { UseTerminal(); }
+  void SetUp() override {
+    UseTerminal();
+    view.expect(kMedians);
+  }
 
   static std::wstring Detail(size_t step) { return step == 2 ? L"以太网 via 192.168.1.1" : L""; }
   // The screen after a look at the first `count` lines of the recorded connect.
   std::vector<std::string> After(size_t count, std::uint64_t now) {
     const TraceText trace = ParseTrace(unit::RecordedLines(count));
-    view.update(trace.connects.empty() ? nullptr : &trace.connects.back(), now);
+    view.update(trace.connects.empty() ? nullptr : &trace.connects.back(), now, now);
     return machine.console.terminal.Lines();
   }
   std::vector<std::string> Finished(size_t count, std::uint64_t now, bool failed, bool inChecks) {
@@ -28,7 +31,7 @@ class LiveViewTest : public unit::ClientTest {
   std::unique_ptr<Output> made =
       (machine.console.isTerminal = true, machine.console.terminal.columns = 100,
        std::make_unique<Output>(STD_OUTPUT_HANDLE));
-  LiveView view{*made, kMedians, Detail};
+  LiveView view{*made, Detail};
 };
 
 TEST_F(LiveViewTest, BeforeTheFirstMarkTheAccountIsBeingFetched) {
@@ -45,6 +48,25 @@ TEST_F(LiveViewTest, StepsStayAndTheNextOneMoves) {
                 "  ⠙ Xray being started …               (about 140 ms)",
             }));
   EXPECT_EQ(machine.console.terminal.ColourOf(L"✓"), 0x0A);
+}
+
+TEST_F(LiveViewTest, ALostLineHidesNothingBehindIt) {
+  const TraceText trace = ParseTrace(unit::RecordedLines(5) +
+                                     "spawn tun2socks              +    2ms  total   164ms\r\n"
+                                     "wintun adapter up            +  113ms  total   277ms\r\n");
+  view.update(&trace.connects[0], 300, 300);
+  const std::vector<std::string> screen = machine.console.terminal.Lines();
+  ASSERT_EQ(screen.size(), 7u);
+  EXPECT_EQ(screen[4], "  ✓ Xray listening                    3 ms");
+  EXPECT_EQ(screen[5], "  ✓ adapter up                      251 ms");
+  EXPECT_EQ(screen[6], "  ⠸ address and name server being set …");
+}
+
+TEST_F(LiveViewTest, WithoutEarlierConnectsThereIsNoEstimate) {
+  LiveView fresh(*made, Detail);
+  const TraceText trace = ParseTrace(unit::RecordedLines(5));
+  fresh.update(&trace.connects[0], 0, 0);
+  EXPECT_EQ(machine.console.terminal.Lines().back(), "  ⠋ Xray being started …");
 }
 
 TEST_F(LiveViewTest, AnEstimateOfASecondIsRoundedToATenth) {
@@ -92,7 +114,7 @@ TEST_F(LiveViewTest, ANameServerThatCouldNotBeSetIsARemark) {
   const TraceText trace = ParseTrace(unit::RecordedLines(9) +
                                      "set tun dns (api fail)       +    4ms  total   287ms\r\n"
                                      "tun ipv4 ready               +    2ms  total   289ms\r\n");
-  view.update(&trace.connects[0], 300);
+  view.update(&trace.connects[0], 300, 300);
   EXPECT_EQ(machine.console.terminal.Lines().at(6),
             "  ! address, name server, IPv4       12 ms   the name server could not be set");
 }

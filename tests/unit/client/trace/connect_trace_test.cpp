@@ -74,9 +74,36 @@ TEST(Trace, AConnectWithoutItsHeadIsLeftOutWhereTheTextIsCut) {
   ASSERT_EQ(cut.connects.size(), 1u);
   EXPECT_EQ(cut.connects[0].marks.size(), 1u);
   EXPECT_EQ(cut.strangeLines, 0u);
-  const TraceText whole = ParseTrace(text, false);
-  EXPECT_TRUE(whole.connects.empty());
-  EXPECT_EQ(whole.strangeLines, 2u);
+}
+
+TEST(Trace, AConnectWhoseHeadIsLostCountsInAWholeText) {
+  const TraceText trace = ParseTrace(
+      "routes installed             +   16ms  total   305ms\r\n"
+      "ipv6 leak blocked            +  307ms  total   612ms\r\n");
+  ASSERT_EQ(trace.connects.size(), 1u);
+  EXPECT_EQ(trace.connects[0].marks.size(), 2u);
+  EXPECT_EQ(trace.strangeLines, 0u);
+}
+
+TEST(Trace, AConnectWhoseHeadIsLostIsNotJoinedToTheOneBefore) {
+  const std::string lines = unit::RecordedConnect();
+  const std::string headless = lines.substr(unit::RecordedLines(1).size());
+  for (const bool isCut : {false, true}) {
+    const TraceText trace = ParseTrace(unit::RecordedLines(5) + headless, isCut);
+    ASSERT_EQ(trace.connects.size(), 2u) << isCut;
+    EXPECT_EQ(trace.connects[0].marks.size(), 5u);
+    EXPECT_EQ(trace.connects[1].marks.size(), 12u);
+    EXPECT_EQ(trace.connects[1].marks[0].label, "kill stale (clean)");
+    EXPECT_TRUE(trace.connects[1].isComplete());
+  }
+}
+
+TEST(Trace, WhereTheTextIsCutATotalThatFallsBeginsAConnectToo) {
+  const std::string lines = unit::RecordedConnect();
+  const std::string headless = lines.substr(unit::RecordedLines(1).size());
+  const TraceText trace = ParseTrace(headless + headless, true);
+  ASSERT_EQ(trace.connects.size(), 1u) << "the first one may lack more than its head";
+  EXPECT_EQ(trace.connects[0].marks.size(), 12u);
 }
 
 TEST(Trace, BinaryRubbishGivesNothing) {

@@ -60,29 +60,38 @@ TEST(Steps, TheTimeOfAnUnknownMarkGoesToTheStepBehindIt) {
 }
 
 TEST(Steps, TotalsThatRunBackwardsDoNoHarm) {
-  const StepList list = StepsOf(
-      Connect(unit::RecordedLines(3) + "pin panel hosts              +    1ms  total     2ms\r\n"));
+  ConnectTrace connect = Connect(unit::RecordedLines(3));
+  connect.marks.push_back({"pin panel hosts", 1, 2});
+  const StepList list = StepsOf(connect);
   EXPECT_EQ(list.steps.back().time, 0u);
+}
+
+TEST(Steps, AStepWhoseLastMarkIsLostIsDoneOnceAnotherFollows) {
+  const StepList list = StepsOf(
+      Connect(unit::RecordedLines(5) + "spawn tun2socks              +    2ms  total   164ms\r\n"));
+  ASSERT_EQ(list.steps.size(), 6u);
+  EXPECT_STREQ(NamesOfStep(list.steps[4].index).done, L"Xray listening");
+  EXPECT_TRUE(list.steps[4].isDone);
+  EXPECT_EQ(list.steps[4].time, 3u);
+  EXPECT_FALSE(list.steps[5].isDone);
+  EXPECT_EQ(list.steps[5].time, 138u) << "the time that is left goes to the step behind";
+}
+
+TEST(Steps, MarksOfAnotherVersionAreNamed) {
+  const std::string strange =
+      "ask the moon                 +   10ms  total    18ms\r\n"
+      "wait for <it>                +   10ms  total    28ms\r\n";
+  EXPECT_EQ(UnknownMarksText(StepsOf(Connect(unit::RecordedLines(2) + strange))),
+            L"not known to this version: ask the moon, wait for <it>");
+  EXPECT_EQ(UnknownMarksText(StepsOf(Connect(unit::RecordedLines(2)))), L"");
+}
+
+TEST(Steps, WithoutAStepTheLongestIsTheFirst) {
+  EXPECT_EQ(LongestStep({}), 0u);
 }
 
 TEST(Steps, NothingIsFollowedByTheFirst) {
   EXPECT_EQ(NextStep(StepList()), 0u);
-}
-
-TEST(Medians, OfCompleteConnectsAlone) {
-  const std::string slow = unit::RecordedLines(1) +
-                           "kill stale (clean)           + 1000ms  total  1000ms\r\n"
-                           "ipv6 leak blocked            +  500ms  total  1500ms\r\n";
-  const TraceText trace = ParseTrace(unit::RecordedConnect() + slow + unit::RecordedLines(2));
-  const std::vector<std::int64_t> medians = MedianTimes(trace.connects);
-  EXPECT_EQ(medians, (std::vector<std::int64_t>{0, 504, 14, -1, 1, 139, 115, 12, 16, 403}));
-}
-
-TEST(Medians, TheMiddleOrBetweenTheTwo) {
-  EXPECT_EQ(MedianOf({}), -1);
-  EXPECT_EQ(MedianOf({7}), 7);
-  EXPECT_EQ(MedianOf({9, 1, 5}), 5);
-  EXPECT_EQ(MedianOf({1, 2, 3, 10}), 2);
 }
 
 }  // namespace

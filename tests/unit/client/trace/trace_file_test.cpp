@@ -29,6 +29,30 @@ TEST_F(TraceFileTest, OfALargeFileOnlyWholeLinesOfTheEndAreRead) {
   ASSERT_TRUE(ReadFileTail(unit::kTrace, 12, tail));
   EXPECT_EQ(tail.text, "last\n");
   EXPECT_TRUE(tail.isCut);
+  EXPECT_EQ(machine.files.BytesRead(unit::kTrace), 12u);
+}
+
+TEST_F(TraceFileTest, TheEndOfWhatWasAppendedIsRead) {
+  machine.files.Put(unit::kTrace, "before\n" + std::string(100, 'x') + "\nlast\n");
+  std::string text;
+  ASSERT_TRUE(ReadFileEnd(unit::kTrace, 7, 200, text));
+  EXPECT_EQ(text, std::string(100, 'x') + "\nlast\n") << "nothing of before";
+  ASSERT_TRUE(ReadFileEnd(unit::kTrace, 7, 6, text));
+  EXPECT_EQ(text, "\nlast\n") << "no more than the limit";
+  ASSERT_TRUE(ReadFileEnd(unit::kTrace, 1000, 200, text));
+  EXPECT_EQ(text.size(), 113u) << "a file that was made anew is read from its start";
+  ASSERT_TRUE(ReadFileEnd(unit::kTrace, 113, 200, text));
+  EXPECT_EQ(text, "");
+  EXPECT_FALSE(ReadFileEnd(L"C:\\missing.log", 0, 200, text));
+}
+
+TEST_F(TraceFileTest, TheLastWriteIsTold) {
+  FILETIME moment = {};
+  EXPECT_FALSE(LastWrite(unit::kTrace, moment));
+  machine.files.Put(unit::kTrace);
+  machine.files.SetLastWrite(unit::kTrace, 1'000'000'000'000);
+  ASSERT_TRUE(LastWrite(unit::kTrace, moment));
+  EXPECT_EQ(moment.dwHighDateTime, 29'440'209u);
 }
 
 TEST_F(TraceFileTest, AnEndWithoutALineFeedGivesNothing) {
@@ -54,11 +78,14 @@ TEST_F(TraceFileTest, AWatchSeesOnlyWhatIsNew) {
   watch.begin();
   EXPECT_EQ(watch.connect(), nullptr);
   machine.files.Put(unit::kTrace, unit::RecordedConnect() + unit::RecordedLines(3));
-  watch.look();
-  EXPECT_EQ(watch.connect(), nullptr) << "read while it may still grow";
-  watch.look();
+  for (int at = 0; at < 5; ++at) {
+    watch.look(10 + static_cast<std::uint64_t>(at));
+    EXPECT_EQ(watch.connect(), nullptr) << "read while it may still grow, at look " << at;
+  }
+  watch.look(0);
   ASSERT_NE(watch.connect(), nullptr);
   EXPECT_EQ(watch.connect()->marks.size(), 3u);
+  EXPECT_EQ(watch.grownAt(), 10u) << "and not when it was read";
 }
 
 TEST_F(TraceFileTest, AWatchOpensTheFileOnlyAfterItHasGrown) {
@@ -66,9 +93,25 @@ TEST_F(TraceFileTest, AWatchOpensTheFileOnlyAfterItHasGrown) {
   TraceWatch watch(unit::kTrace);
   watch.begin();
   for (int at = 0; at < 10; ++at) {
-    watch.look();
+    watch.look(0);
   }
   EXPECT_EQ(machine.calls.Count("_wfsopen"), 0u);
+}
+
+TEST_F(TraceFileTest, AFileThatGoesOnGrowingIsNotOpened) {
+  TraceWatch watch(unit::kTrace);
+  watch.begin();
+  for (size_t lines = 1; lines <= 13; ++lines) {
+    machine.files.Put(unit::kTrace, unit::RecordedLines(lines));
+    for (int at = 0; at < 5; ++at) {
+      watch.look(0);
+    }
+  }
+  EXPECT_EQ(machine.calls.Count("_wfsopen"), 0u);
+  watch.look(0);
+  EXPECT_EQ(machine.calls.Count("_wfsopen"), 1u);
+  watch.look(0);
+  EXPECT_EQ(machine.calls.Count("_wfsopen"), 1u) << "it has not grown since";
 }
 
 TEST_F(TraceFileTest, AFileThatIsMadeAnewIsReadFromItsStart) {
@@ -84,7 +127,7 @@ TEST_F(TraceFileTest, AFileThatIsMadeAnewIsReadFromItsStart) {
 TEST_F(TraceFileTest, AWatchOfNoFileSeesNothing) {
   TraceWatch watch(unit::kTrace);
   watch.begin();
-  watch.look();
+  watch.look(0);
   watch.readNow();
   EXPECT_EQ(watch.connect(), nullptr);
 }

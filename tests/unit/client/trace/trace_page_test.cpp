@@ -41,6 +41,43 @@ TEST_F(TracePageTest, TheLatestConnectComesFirstAndKnowsTheMedianBefore) {
             std::string::npos);
 }
 
+// How often a text stands in the page.
+size_t CountOf(const std::string& page, const std::string& text) {
+  size_t count = 0;
+  for (size_t at = page.find(text); at != std::string::npos; at = page.find(text, at + 1)) {
+    ++count;
+  }
+  return count;
+}
+
+TEST_F(TracePageTest, ThousandsOfConnectsEachStandBesideTheMediansOfThoseBefore) {
+  std::string text;
+  for (int at = 1; at <= 5000; ++at) {
+    text += unit::RecordedLines(1) + "ipv6 leak blocked            +    1ms  total" +
+            std::string(at < 10     ? 5
+                        : at < 100  ? 4
+                        : at < 1000 ? 3
+                                    : 2,
+                        ' ') +
+            std::to_string(at) + "ms\r\n";
+  }
+  const std::string page = PageOf(text);
+  EXPECT_EQ(CountOf(page, "<section data-total="), 5000u);
+  EXPECT_EQ(CountOf(page, "<td class=\"number median\">–</td>"), 2u) << "beside the first one";
+  // Of 1 to 4999, and of 1 to 100.
+  EXPECT_NE(page.find("5 000 ms</td><td class=\"track\">"), std::string::npos);
+  EXPECT_EQ(CountOf(page, "<td class=\"number median\">2 500 ms</td>"), 1u);
+  EXPECT_EQ(CountOf(page, "<td class=\"number median\">50 ms</td>"), 2u);
+}
+
+TEST_F(TracePageTest, MarksOfAnotherVersionAreSaidAndCanDoNoHarm) {
+  const std::string page =
+      PageOf(unit::RecordedLines(2) + "<script>&                    +    1ms  total     9ms\r\n");
+  EXPECT_NE(page.find("<p class=\"median\">Marks not known to this version: "
+                      "&lt;script&gt;&amp;.</p>"),
+            std::string::npos);
+}
+
 TEST_F(TracePageTest, AConnectThatFailedSaysWhere) {
   const std::string page = PageOf(unit::RecordedLines(5));
   EXPECT_NE(page.find("Not complete: it ended before “Xray listening”."), std::string::npos);

@@ -55,6 +55,16 @@ TEST(Waterfall, SaysWhereAConnectEnded) {
   EXPECT_TRUE(rows.back().isEnd);
 }
 
+TEST(Waterfall, MarksOfAnotherVersionAreSaid) {
+  const TraceText trace = ParseTrace(unit::RecordedLines(12) +
+                                     "ask the moon                 +   10ms  total   315ms\r\n"
+                                     "ipv6 leak blocked            +  297ms  total   612ms\r\n");
+  const std::vector<WaterfallRow> rows = DrawWaterfall(trace.connects[0], kMedians, 90);
+  ASSERT_EQ(rows.size(), 10u);
+  EXPECT_EQ(rows.back().text, L"not known to this version: ask the moon");
+  EXPECT_FALSE(rows.back().isEnd);
+}
+
 TEST(Waterfall, ANarrowWindowStillHasBars) {
   const TraceText trace = ParseTrace(unit::RecordedConnect());
   const std::vector<WaterfallRow> rows = DrawWaterfall(trace.connects[0], kMedians, 40);
