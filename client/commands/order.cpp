@@ -10,7 +10,7 @@
 namespace vpn {
 namespace {
 
-constexpr std::uint64_t kLongestWait = 15 * 60 * 1000;  // milliseconds
+constexpr std::uint64_t kLongestWait = 15ULL * 60 * 1000;  // milliseconds
 constexpr std::uint64_t kBetweenQuestions = 3000;
 constexpr int kFailuresBorne = 3;  // in a row, once the panel has answered
 constexpr DWORD kStep = 100;

@@ -47,7 +47,7 @@ Answer AskPerson(const std::wstring& question, Echo echo, const InterruptWatch& 
                  Output& output) {
   constexpr DWORD kLines = ENABLE_PROCESSED_INPUT | ENABLE_LINE_INPUT;
   output.write(question);
-  const HANDLE console = StandardInput();
+  HANDLE console = StandardInput();
   std::wstring text(kLongestAnswer, L'\0');
   DWORD count = 0;
   {
@@ -69,7 +69,7 @@ Answer AskPerson(const std::wstring& question, Echo echo, const InterruptWatch& 
 }
 
 Answer ReadInputLine() {
-  const HANDLE input = StandardInput();
+  HANDLE input = StandardInput();
   std::string bytes;
   char byte = 0;
   DWORD count = 0;

@@ -1,6 +1,7 @@
 #include "client/text/amounts.h"
 
 #include <algorithm>
+#include <cmath>
 
 namespace vpn {
 namespace {
@@ -78,7 +79,7 @@ std::wstring BarText(std::int64_t part, std::int64_t whole, size_t width) {
   const double share =
       whole <= 0 ? 0.0
                  : std::clamp(static_cast<double>(part) / static_cast<double>(whole), 0.0, 1.0);
-  const auto filled = static_cast<size_t>(share * static_cast<double>(width) + 0.5);
+  const auto filled = static_cast<size_t>(std::lround(share * static_cast<double>(width)));
   return std::wstring(filled, L'█') + std::wstring(width - filled, L'░');
 }
 
