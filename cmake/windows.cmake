@@ -11,8 +11,10 @@ add_compile_options(
 
 add_library(tavrin_core OBJECT ${TAVRIN_SOURCES})
 target_link_libraries(tavrin_core PUBLIC tavrin_options)
+# Nothing throws but an allocation that fails, and nobody catches that: it ends the process either
+# way, with or without clean-up paths.
 target_compile_options(tavrin_core PRIVATE
-  -fstack-protector-strong -ffunction-sections -fdata-sections)
+  -fstack-protector-strong -ffunction-sections -fdata-sections -fno-exceptions)
 # Read once. The preset `demo` goes without any of these, so that a missing include shows there.
 target_precompile_headers(tavrin_core PRIVATE
   <windows.h> <algorithm> <optional> <string> <string_view> <vector>)

@@ -2,6 +2,7 @@
 
 #include "client/json/json_text.h"
 #include "src/common/deployment.h"
+#include "src/common/text.h"
 
 namespace vpn {
 
@@ -10,13 +11,13 @@ std::wstring VersionText(bool json) {
     return std::wstring(L"tavrinctl ") + kProductVersion + L"\n";
   }
   Json object = NewJson();
-  object["version"] = JsonValue(kProductVersion);
-  object["panelDomain"] = kPanelDomain;
-  object["defaultNodeAddress"] = JsonValue(kDefaultNodeAddress);
-  object["paymentNotifyUrl"] = JsonValue(kPaymentNotifyUrl);
-  Json& domains = object["proxyDomains"];
+  PutText(object, "version", kProductVersion);
+  PutUtf8(object, "panelDomain", kPanelDomain);
+  PutText(object, "defaultNodeAddress", kDefaultNodeAddress);
+  PutText(object, "paymentNotifyUrl", kPaymentNotifyUrl);
+  Json& domains = PutList(object, "proxyDomains");
   for (const char* domain : kProxyDomains) {
-    domains.push_back(domain);
+    AppendText(domains, Utf8ToWide(domain));
   }
   return JsonText(object);
 }

@@ -115,8 +115,8 @@ int FailWithoutReply(ExchangeEnd end, bool json, Screen& screen) {
   const NoReply reason = DescribeNoReply(end);
   if (json) {
     Json object = NewJson();
-    object["reachable"] = WasReached(end);
-    object["reason"] = reason.key;
+    PutFlag(object, "reachable", WasReached(end));
+    PutUtf8(object, "reason", reason.key);
     screen.out.write(JsonText(object));
   }
   screen.err.line(reason.sentence);

@@ -43,18 +43,22 @@ bool FailedAtXray(const ConnectTrace* connect) {
 Json OutcomeObject(const ConnectPlan& plan, const ConnectOutcome& outcome,
                    const ConnectTrace* connect) {
   Json object = NewJson();
-  object["reachable"] = true;
-  object["ok"] = outcome.reply.ok;
-  object["running"] = outcome.reply.running;
-  object["error"] = JsonValue(outcome.reply.error);
-  object["whatToDo"] = outcome.reply.ok ? "" : JsonValue(WhatToDo(outcome.reply.error));
-  object["milliseconds"] = outcome.time;
+  PutFlag(object, "reachable", true);
+  PutFlag(object, "ok", outcome.reply.ok);
+  PutFlag(object, "running", outcome.reply.running);
+  PutText(object, "error", outcome.reply.error);
+  PutText(object, "whatToDo", outcome.reply.ok ? L"" : WhatToDo(outcome.reply.error));
+  PutNumber(object, "milliseconds", static_cast<std::int64_t>(outcome.time));
   if (plan.isKnown) {
-    object["node"]["name"] = JsonValue(plan.node.name);
-    object["node"]["address"] = JsonValue(plan.node.address);
-    object["node"]["port"] = plan.node.port;
+    Json& node = PutObject(object, "node");
+    PutText(node, "name", plan.node.name);
+    PutText(node, "address", plan.node.address);
+    PutNumber(node, "port", plan.node.port);
   }
-  object["trace"] = connect == nullptr ? Json(nullptr) : TraceObject(*connect);
+  Json& trace = PutObject(object, "trace");
+  if (connect != nullptr) {
+    FillTrace(*connect, trace);
+  }
   return object;
 }
 
@@ -113,11 +117,14 @@ int TellUnknownNode(const CommandLine& line, const std::wstring& nearest, Screen
   const std::wstring whatToDo = L"choose one that tavrinctl nodes shows";
   if (line.json) {
     Json object = NewJson();
-    object["ok"] = false;
-    object["reason"] = "unknown node";
-    object["error"] = JsonValue(sentence);
-    object["didYouMean"] = nearest.empty() ? Json(nullptr) : Json(JsonValue(nearest));
-    object["whatToDo"] = JsonValue(whatToDo);
+    PutFlag(object, "ok", false);
+    PutUtf8(object, "reason", "unknown node");
+    PutText(object, "error", sentence);
+    PutNull(object, "didYouMean");
+    if (!nearest.empty()) {
+      PutText(object, "didYouMean", nearest);
+    }
+    PutText(object, "whatToDo", whatToDo);
     screen.out.write(JsonText(object));
   }
   screen.err.line(sentence +

@@ -53,13 +53,12 @@ void ShowFinding(const Check& check, const Finding& finding, Output& out) {
   }
 }
 
-Json FindingObject(const Check& check, const Finding& finding) {
-  Json object;
-  object["check"] = check.key;
-  object["verdict"] = VerdictWord(finding.verdict);
-  object["text"] = JsonValue(finding.text);
-  object["whatToDo"] = JsonValue(finding.whatToDo);
-  return object;
+void AppendFinding(Json& findings, const Check& check, const Finding& finding) {
+  Json& object = AppendObject(findings);
+  PutUtf8(object, "check", check.key);
+  PutUtf8(object, "verdict", VerdictWord(finding.verdict));
+  PutText(object, "text", finding.text);
+  PutText(object, "whatToDo", finding.whatToDo);
 }
 
 std::wstring Sum(const Tally& tally) {
@@ -83,16 +82,16 @@ int RunDoctor(const CommandLine& line, Screen& screen) {
     moving.clear();
     Count(finding, tally);
     if (line.json) {
-      findings.push_back(FindingObject(check, finding));
+      AppendFinding(findings, check, finding);
     } else {
       ShowFinding(check, finding, screen.out);
     }
   }
   if (line.json) {
     Json object = NewJson();
-    object["problems"] = tally.problems;
-    object["remarks"] = tally.remarks;
-    object["findings"] = std::move(findings);
+    PutNumber(object, "problems", static_cast<std::int64_t>(tally.problems));
+    PutNumber(object, "remarks", static_cast<std::int64_t>(tally.remarks));
+    PutList(object, "findings").swap(findings);
     screen.out.write(JsonText(object));
   } else {
     screen.out.line(Sum(tally));

@@ -92,7 +92,7 @@ Json NodesObject(const std::vector<NodeInfo>& nodes, const std::vector<Latency>&
     if (latency.kind == Latency::Kind::kConnected) {
       PutNumber(entry, "latency", static_cast<std::int64_t>(latency.milliseconds));
     } else {
-      (void)PutObject(entry, "latency");  // null
+      PutNull(entry, "latency");
     }
     PutText(entry, "remark", Remark(latency));
   }

@@ -5,7 +5,6 @@
 #include "client/json/json_text.h"
 #include "client/text/amounts.h"
 #include "client/text/display_width.h"
-#include "src/common/text.h"
 
 namespace vpn {
 namespace {
@@ -13,10 +12,6 @@ namespace {
 constexpr DWORD kWatchPause = 1000;  // milliseconds
 constexpr DWORD kWatchStep = 50;
 constexpr std::uint64_t kWatchLimit = 10'000;  // milliseconds for one reply
-
-Json NumberOrNull(const std::optional<std::uint64_t>& number) {
-  return number ? Json(*number) : Json(nullptr);
-}
 
 std::wstring UpText(const TunnelStatus& status) {
   return status.upFor ? L"up for " + DurationText(*status.upFor) : std::wstring();
@@ -46,18 +41,20 @@ void ShowStatus(const TunnelStatus& status, Output& out) {
 
 Json StatusObject(const TunnelStatus& status) {
   Json object = NewJson();
-  object["reachable"] = true;
-  object["connected"] = status.isUp;
+  PutFlag(object, "reachable", true);
+  PutFlag(object, "connected", status.isUp);
   if (status.isUp) {
-    object["upSeconds"] = NumberOrNull(status.upFor);
-    object["connectMilliseconds"] = NumberOrNull(status.connectTime);
-    object["node"]["address"] = JsonValue(status.node.address);
-    object["node"]["port"] = status.node.port;
-    object["node"]["name"] = JsonValue(status.nodeName);
+    PutIfAny(object, "upSeconds", status.upFor);
+    PutIfAny(object, "connectMilliseconds", status.connectTime);
+    Json& node = PutObject(object, "node");
+    PutText(node, "address", status.node.address);
+    PutNumber(node, "port", status.node.port);
+    PutText(node, "name", status.nodeName);
   }
-  object["service"]["state"] = JsonValue(status.serviceState);
-  object["service"]["version"] = JsonValue(status.version);
-  object["service"]["runtimeDir"] = JsonValue(status.place.runtimeDir);
+  Json& service = PutObject(object, "service");
+  PutText(service, "state", status.serviceState);
+  PutText(service, "version", status.version);
+  PutText(service, "runtimeDir", status.place.runtimeDir);
   return object;
 }
 
@@ -126,11 +123,16 @@ std::wstring WatchLine(const Look& look) {
 std::wstring WatchObject(const Look& look) {
   const bool hasReply = look.end == ExchangeEnd::kReplied;
   Json object = NewJson();
-  object["reachable"] = WasReached(look.end);
-  object["reason"] = hasReply ? Json(nullptr) : Json(DescribeNoReply(look.end).key);
-  object["connected"] = hasReply ? Json(look.status.isUp) : Json(nullptr);
-  object["address"] = JsonValue(look.status.node.address);
-  return Utf8ToWide(object.dump(-1, ' ', false, Json::error_handler_t::replace));
+  PutFlag(object, "reachable", WasReached(look.end));
+  PutNull(object, "reason");
+  PutNull(object, "connected");
+  if (hasReply) {
+    PutFlag(object, "connected", look.status.isUp);
+  } else {
+    PutUtf8(object, "reason", DescribeNoReply(look.end).key);
+  }
+  PutText(object, "address", look.status.node.address);
+  return JsonLine(object);
 }
 
 bool PauseForNextLook(const InterruptWatch& interrupt) {

@@ -39,13 +39,13 @@ size_t FirstShown(const ReadTrace& trace, std::uint32_t last) {
 
 Json TraceFileObject(const ReadTrace& trace, size_t first) {
   Json object = NewJson();
-  object["file"] = JsonValue(trace.path);
-  object["readable"] = trace.isReadable;
-  object["earlierLeftOut"] = trace.isCut;
-  object["strangeLines"] = trace.text.strangeLines;
-  object["connects"] = Json::array();
+  PutText(object, "file", trace.path);
+  PutFlag(object, "readable", trace.isReadable);
+  PutFlag(object, "earlierLeftOut", trace.isCut);
+  PutNumber(object, "strangeLines", static_cast<std::int64_t>(trace.text.strangeLines));
+  Json& connects = PutList(object, "connects");
   for (size_t at = first; at < trace.text.connects.size(); ++at) {
-    object["connects"].push_back(TraceObject(trace.text.connects[at]));
+    FillTrace(trace.text.connects[at], AppendObject(connects));
   }
   return object;
 }

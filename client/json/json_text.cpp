@@ -3,6 +3,14 @@
 #include "src/common/text.h"
 
 namespace vpn {
+namespace {
+
+// Spaces of indentation for each level, or one line for -1.
+std::wstring Dump(const Json& object, int indent) {
+  return Utf8ToWide(object.dump(indent, ' ', false, Json::error_handler_t::replace));
+}
+
+}  // namespace
 
 Json NewJson() {
   Json object;
@@ -10,12 +18,12 @@ Json NewJson() {
   return object;
 }
 
-std::string JsonValue(const std::wstring& text) {
-  return WideToUtf8(text);
+void PutText(Json& object, const char* key, const std::wstring& text) {
+  PutUtf8(object, key, WideToUtf8(text));
 }
 
-void PutText(Json& object, const char* key, const std::wstring& text) {
-  object[key] = WideToUtf8(text);
+void PutUtf8(Json& object, const char* key, const std::string& text) {
+  object[key] = text;
 }
 
 void PutNumber(Json& object, const char* key, std::int64_t number) {
@@ -24,6 +32,18 @@ void PutNumber(Json& object, const char* key, std::int64_t number) {
 
 void PutFlag(Json& object, const char* key, bool flag) {
   object[key] = flag;
+}
+
+void PutIfAny(Json& object, const char* key, const std::optional<std::uint64_t>& number) {
+  if (number) {
+    PutNumber(object, key, static_cast<std::int64_t>(*number));
+  } else {
+    PutNull(object, key);
+  }
+}
+
+void PutNull(Json& object, const char* key) {
+  object[key] = nullptr;
 }
 
 Json& PutObject(Json& object, const char* key) {
@@ -43,7 +63,11 @@ void AppendText(Json& list, const std::wstring& text) {
 }
 
 std::wstring JsonText(const Json& object) {
-  return Utf8ToWide(object.dump(2, ' ', false, Json::error_handler_t::replace)) + L"\n";
+  return Dump(object, 2) + L"\n";
+}
+
+std::wstring JsonLine(const Json& object) {
+  return Dump(object, -1);
 }
 
 }  // namespace vpn

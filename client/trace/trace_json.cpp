@@ -2,19 +2,16 @@
 
 namespace vpn {
 
-Json TraceObject(const ConnectTrace& connect) {
-  Json object;
-  object["complete"] = connect.isComplete();
-  object["milliseconds"] = connect.totalTime();
-  object["marks"] = Json::array();
+void FillTrace(const ConnectTrace& connect, Json& object) {
+  PutFlag(object, "complete", connect.isComplete());
+  PutNumber(object, "milliseconds", static_cast<std::int64_t>(connect.totalTime()));
+  Json& marks = PutList(object, "marks");
   for (const TraceMark& mark : connect.marks) {
-    Json entry;
-    entry["label"] = mark.label;
-    entry["step"] = mark.step;
-    entry["total"] = mark.total;
-    object["marks"].push_back(std::move(entry));
+    Json& entry = AppendObject(marks);
+    PutUtf8(entry, "label", mark.label);
+    PutNumber(entry, "step", static_cast<std::int64_t>(mark.step));
+    PutNumber(entry, "total", static_cast<std::int64_t>(mark.total));
   }
-  return object;
 }
 
 }  // namespace vpn

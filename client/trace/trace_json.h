@@ -7,7 +7,7 @@
 
 namespace vpn {
 
-Json TraceObject(const ConnectTrace& connect);
+void FillTrace(const ConnectTrace& connect, Json& object);
 
 }  // namespace vpn
 
