@@ -169,6 +169,7 @@ TEST_F(CommandLineTest, JsonBelongsToTheVersionOrToACommand) {
            {{L"--json"}, L"tavrinctl: --json requires --version\nSee: tavrinctl help\n"},
            {{L"report", L"a.md", L"--json"},
             L"tavrinctl: The following argument was not expected: --json\n"
+            L"Usage: tavrinctl report FILE [OPTION...]\n"
             L"See: tavrinctl help report\n"}}) {
     const ParsedLine parsed = ParseCommandLine(arguments);
     EXPECT_EQ(parsed.kind, Kind::kWrong);

@@ -14,6 +14,7 @@ class InputTest : public unit::ClientTest {
     machine.console.hasKeyboard = true;
   }
   Answer Ask(Echo echo) {
+    const InterruptGuard guard;
     const InterruptWatch interrupt;
     Output err(STD_ERROR_HANDLE);
     return AskPerson(L"Password: ", echo, interrupt, err);
