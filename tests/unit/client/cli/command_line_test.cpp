@@ -166,7 +166,10 @@ TEST_F(CommandLineTest, TheVersionAsJsonHasWhatTheBuildWasGiven) {
 TEST_F(CommandLineTest, JsonBelongsToTheVersionOrToACommand) {
   for (const auto& [arguments, text] :
        std::vector<std::pair<std::vector<std::wstring>, std::wstring>>{
-           {{L"--json"}, L"tavrinctl: --json requires --version\nSee: tavrinctl help\n"},
+           {{L"--json"},
+            L"tavrinctl: --json requires --version\n"
+            L"Usage: tavrinctl COMMAND [OPTION...]\n"
+            L"See: tavrinctl help\n"},
            {{L"report", L"a.md", L"--json"},
             L"tavrinctl: The following argument was not expected: --json\n"
             L"Usage: tavrinctl report FILE [OPTION...]\n"
