@@ -10,7 +10,7 @@ import (
 	"testing"
 )
 
-// judge gives the exit code of `xray run -test` and the last line that it printed.
+// judge gives the exit code of `xray run -test` and its verdict.
 func judge(t *testing.T, configuration string) (int, string) {
 	t.Helper()
 	directory := t.TempDir()
@@ -32,8 +32,19 @@ func judge(t *testing.T, configuration string) (int, string) {
 	if err != nil && !errors.As(err, &ended) {
 		t.Fatal(err)
 	}
-	lines := strings.Split(strings.TrimSpace(string(output)), "\n")
-	return command.ProcessState.ExitCode(), lines[len(lines)-1]
+	return command.ProcessState.ExitCode(), verdict(string(output))
+}
+
+// verdict gives the line that says it, or the last one where none does. The core's log has a thread
+// of its own, so a line of it can stand behind the verdict.
+func verdict(output string) string {
+	lines := strings.Split(strings.TrimSpace(output), "\n")
+	for _, line := range lines {
+		if line == accepted || strings.HasPrefix(line, "Failed to start:") {
+			return line
+		}
+	}
+	return lines[len(lines)-1]
 }
 
 const (
