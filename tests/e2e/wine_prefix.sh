@@ -1,6 +1,8 @@
 #!/bin/sh
 # wine_prefix.sh PREFIX: makes a headless Wine prefix that says it is Windows 10, where none is yet.
 set -eu
+# Wine writes no file name outside ASCII in the C locale, which a bare machine has.
+export LC_ALL=C.UTF-8
 export WINEPREFIX="$1" DISPLAY= WINEDEBUG=-all
 mkdir -p "$WINEPREFIX"
 (
