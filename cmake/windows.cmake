@@ -41,9 +41,10 @@ function(tavrin_link_as_the_service name)
     -municode -mconsole -s -fstack-protector-strong -Wl,--gc-sections ${TAVRIN_LINK_HARDENING})
 endfunction()
 
-add_executable(TavrinService)
+add_executable(TavrinService "${TAVRIN_NO_EXCEPTIONS}")
 tavrin_add_resources(TavrinService "Tavrin connection service")
 target_link_libraries(TavrinService PRIVATE tavrin_core)
+target_compile_options(TavrinService PRIVATE ${TAVRIN_SERVICE_OPTIONS})
 tavrin_link_as_the_service(TavrinService)
 set_target_properties(TavrinService PROPERTIES
   RUNTIME_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}")
