@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# check_executable.sh FILE [KIB]: what ships is small, stripped, hardened, carries its resources, and needs
-# no DLL but those that every Windows brings.
+# check_executable.sh FILE [KIB]: what ships is no larger than KIB (the service's 330), stripped, hardened,
+# carries its resources, and needs no DLL but those that every Windows brings.
 set -euo pipefail
 file=$1
 dump=$(x86_64-w64-mingw32-objdump -p "$file")
@@ -10,7 +10,7 @@ complain() {
   failed=1
 }
 size=$(stat -c %s "$file")
-most=${2:-512}
+most=${2:-330}
 [ "$size" -le $((most * 1024)) ] || complain "$size bytes are more than $most KiB"
 for flag in HIGH_ENTROPY_VA DYNAMIC_BASE NX_COMPAT; do
   grep -q "$flag" <<<"$dump" || complain "$flag is not set"

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "src/common/number_text.h"
 #include "src/common/text.h"
 #include "src/panel/json_reader.h"
 
@@ -21,7 +22,7 @@ std::wstring PanelErrorWithDetail(const std::wstring& text, const std::wstring& 
                                   DWORD status) {
   std::wstring detailed = FirstText({text, L"请求失败"}) + L"（" + step;
   if (status != 0) {
-    detailed += L" " + std::to_wstring(status);
+    detailed += L" " + DecimalText(status);
   }
   return detailed + L"）";
 }

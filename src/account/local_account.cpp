@@ -3,11 +3,11 @@
 #include <windows.h>
 
 #include <array>
-#include <cstdio>
 #include <cstdlib>
 
 #include "src/common/files.h"
 #include "src/common/key_scan.h"
+#include "src/common/number_text.h"
 
 namespace vpn {
 
@@ -43,13 +43,13 @@ int FlatJsonInt(const std::string& json, std::string_view key, int fallback) {
 }
 
 bool IsDatePast(const std::string& text) {
-  std::array<int, 3> date{};  // year, month, day
-  if (std::sscanf(text.c_str(), "%d-%d-%d", date.data(), &date[1], &date[2]) < 3) {
+  const auto date = ReadDate(text);
+  if (!date) {
     return true;
   }
   SYSTEMTIME now = {};
   GetSystemTime(&now);
-  return std::array<int, 3>{now.wYear, now.wMonth, now.wDay} > date;
+  return std::array<int, 3>{now.wYear, now.wMonth, now.wDay} > *date;
 }
 
 }  // namespace vpn

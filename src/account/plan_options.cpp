@@ -1,10 +1,9 @@
 #include "src/account/plan_options.h"
 
 #include <algorithm>
-#include <array>
-#include <cstdio>
 #include <functional>
 
+#include "src/common/number_text.h"
 #include "src/common/text.h"
 #include "src/panel/json_reader.h"
 
@@ -24,17 +23,11 @@ constexpr Period kPeriods[] = {
     {"two_year_price", L"两年", 730, L"2 年"},      {"three_year_price", L"三年", 1095, L"3 年"},
     {"onetime_price", L"一次性", 0, L"一次性"}};
 
-std::wstring FormatNumber(double number, int decimals) {
-  std::array<char, 64> text{};
-  (void)std::snprintf(text.data(), text.size(), "%.*f", decimals, number);
-  return Utf8ToWide(text.data());
-}
-
 // Some panels give bytes and some gigabytes. What makes at least one gigabyte in bytes is bytes.
 std::wstring TrafficText(std::int64_t traffic) {
   constexpr std::int64_t kGigabyte = 1073741824;
   const auto number = static_cast<double>(traffic);
-  return FormatNumber(traffic >= kGigabyte ? number / static_cast<double>(kGigabyte) : number, 0) +
+  return FixedText(traffic >= kGigabyte ? number / static_cast<double>(kGigabyte) : number, 0) +
          L" GB";
 }
 
@@ -49,9 +42,9 @@ void SetPrice(std::int64_t cents, PlanOption& option) {
     return;
   }
   const double price = static_cast<double>(cents) / 100.0;
-  option.priceText = L"¥" + FormatNumber(price, 2);
+  option.priceText = L"¥" + FixedText(price, 2);
   if (option.days >= 1) {
-    option.dailyPrice = L"¥" + FormatNumber(price / option.days, 2) + L"/天";
+    option.dailyPrice = L"¥" + FixedText(price / option.days, 2) + L"/天";
   }
 }
 

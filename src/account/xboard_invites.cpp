@@ -1,6 +1,7 @@
 #include <algorithm>
 
 #include "src/account/xboard_control_plane.h"
+#include "src/common/number_text.h"
 #include "src/common/text.h"
 #include "src/panel/endpoints.h"
 #include "src/panel/json_reader.h"
@@ -83,10 +84,10 @@ bool XboardControlPlane::fetchReferrals(std::int32_t page, std::vector<ReferralR
   rows.clear();
   total = 0;
   std::string response;
-  if (!Succeeded(
-          fetch(L"/api/v1/user/tvn_invite/referrals?page=" + std::to_wstring(std::max(page, 1)),
-                response),
-          error)) {
+  if (!Succeeded(fetch(L"/api/v1/user/tvn_invite/referrals?page=" +
+                           DecimalText(static_cast<unsigned>(std::max(page, 1))),
+                       response),
+                 error)) {
     return false;
   }
   total = static_cast<std::int32_t>(JsonInt(response, "total", 0));

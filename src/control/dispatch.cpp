@@ -3,6 +3,7 @@
 #include <string>
 #include <string_view>
 
+#include "src/common/number_text.h"
 #include "src/common/text.h"
 #include "src/control/connect_operation.h"
 #include "src/control/frame.h"
@@ -60,7 +61,7 @@ void HandleClient(HANDLE pipe) {
   std::string request;
   if (!ReadFrame(pipe, request)) {
     const DWORD readError = GetLastError();
-    WriteLog(L"ipc read failed err=" + std::to_wstring(readError));
+    WriteLog(L"ipc read failed err=" + DecimalText(readError));
     return;
   }
   const std::string op = RequestOp(request);
@@ -73,7 +74,7 @@ void HandleClient(HANDLE pipe) {
       EncodeReply(static_cast<bool>(outcome), IsTunnelRunning(), outcome.text());
   if (!WriteFrame(pipe, reply)) {
     const DWORD writeError = GetLastError();
-    WriteLog(L"ipc write reply failed err=" + std::to_wstring(writeError));
+    WriteLog(L"ipc write reply failed err=" + DecimalText(writeError));
   }
 }
 

@@ -1,4 +1,5 @@
 // Ties the daemon to the process that started it.
+#include "src/common/number_text.h"
 #include "src/host/host_internal.h"
 
 #include <string>
@@ -17,7 +18,7 @@ DWORD WINAPI OwnerWatch(void* /*unused*/) {
   KernelHandle owner(OpenProcess(SYNCHRONIZE, FALSE, g_ownerPid));
   const DWORD openError = GetLastError();
   if (!owner) {
-    WriteLog(L"owner pid open failed err=" + std::to_wstring(openError));
+    WriteLog(L"owner pid open failed err=" + DecimalText(openError));
     return 0;
   }
   (void)WaitForSingleObject(owner.get(), INFINITE);  // whatever ends the wait ends the process

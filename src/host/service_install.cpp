@@ -5,6 +5,7 @@
 #include <string>
 
 #include "src/common/environment.h"
+#include "src/common/number_text.h"
 #include "src/common/unique_handle.h"
 #include "src/host/host_internal.h"
 #include "src/host/run_modes.h"
@@ -20,7 +21,7 @@ struct ServiceHandleTraits : NullIsEmpty<SC_HANDLE> {
 using ServiceHandle = UniqueHandle<ServiceHandleTraits>;
 
 int Fail(const wchar_t* text, DWORD error, const wchar_t* ending) {
-  WriteConsoleText(stderr, text + std::to_wstring(error) + ending);
+  WriteConsoleText(stderr, text + DecimalText(error) + ending);
   return 1;
 }
 

@@ -1,6 +1,7 @@
 #include "src/net/command.h"
 
 #include "src/common/hidden_process.h"
+#include "src/common/number_text.h"
 
 namespace vpn {
 
@@ -11,7 +12,7 @@ Status RunCommand(const std::wstring& commandLine, DWORD budget) {
   if (!child.create(nullptr, commandLine, CREATE_NO_WINDOW, nullptr)) {
     const DWORD createError = GetLastError();
     return Status::failure(L"CreateProcess failed for: " + commandLine + L" err=" +
-                           std::to_wstring(createError));
+                           DecimalText(createError));
   }
   if (WaitForSingleObject(child.process.get(), budget) != WAIT_OBJECT_0) {
     (void)TerminateProcess(child.process.get(), 1);
@@ -21,7 +22,7 @@ Status RunCommand(const std::wstring& commandLine, DWORD budget) {
   DWORD exitCode = 1;
   (void)GetExitCodeProcess(child.process.get(), &exitCode);  // unread, it stays a failure
   if (exitCode != 0) {
-    return Status::failure(L"command exit " + std::to_wstring(exitCode) + L": " + commandLine);
+    return Status::failure(L"command exit " + DecimalText(exitCode) + L": " + commandLine);
   }
   return Status::success();
 }

@@ -1,5 +1,6 @@
 #include "src/net/interface_address.h"
 
+#include "src/common/number_text.h"
 #include "src/net/net_internal.h"
 
 #include "src/net/adapters.h"
@@ -86,7 +87,7 @@ Status SetInterfaceAddress(const std::wstring& alias, const std::wstring& addres
   DisableDuplicateAddressDetection(luid);
   const DWORD result = CreateAddress(luid, *parsed, prefixLength);
   if (result != NO_ERROR && result != ERROR_OBJECT_ALREADY_EXISTS) {
-    return Status::failure(L"CreateUnicastIpAddressEntry failed " + std::to_wstring(result));
+    return Status::failure(L"CreateUnicastIpAddressEntry failed " + DecimalText(result));
   }
   return Status::success();
 }
@@ -104,7 +105,7 @@ Status SetInterfaceDns(const std::wstring& alias, const std::wstring& server) {
   settings.NameServer = nameServer.data();
   const DWORD result = SetInterfaceDnsSettings(guid, &settings);
   if (result != NO_ERROR) {
-    return Status::failure(L"SetInterfaceDnsSettings failed " + std::to_wstring(result));
+    return Status::failure(L"SetInterfaceDnsSettings failed " + DecimalText(result));
   }
   return Status::success();
 }

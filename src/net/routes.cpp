@@ -1,5 +1,6 @@
 #include "src/net/routes.h"
 
+#include "src/common/number_text.h"
 #include "src/net/net_internal.h"
 
 #include <algorithm>
@@ -53,7 +54,7 @@ Status AddRoute(const std::wstring& alias, const std::wstring& destination,
   }
   const DWORD result = CreateIpForwardEntry2(&row);
   if (result != NO_ERROR && result != ERROR_OBJECT_ALREADY_EXISTS) {
-    return Status::failure(L"CreateIpForwardEntry2 failed " + std::to_wstring(result) + L" for " +
+    return Status::failure(L"CreateIpForwardEntry2 failed " + DecimalText(result) + L" for " +
                            destination);
   }
   return Status::success();

@@ -2,11 +2,12 @@
 
 #include <windows.h>
 
-#include <cstdio>
+#include <array>
 #include <cstdlib>
 #include <ctime>
 
 #include "src/common/key_scan.h"
+#include "src/common/number_text.h"
 #include "src/common/text.h"
 #include "src/panel/json_reader.h"
 
@@ -24,12 +25,12 @@ std::int64_t PlausibleSeconds(std::int64_t value) {
 }
 
 // The last second of the day in UTC; 0 for one that the platform can't express.
-std::int64_t EndOfDay(int year, int month, int day) {
+std::int64_t EndOfDay(const std::array<int, 3>& day) {
   std::tm date = {};
-  date.tm_year = year - 1900;
+  date.tm_year = day[0] - 1900;
   // Unsigned, since the panel may send any number and a signed difference could overflow.
-  date.tm_mon = static_cast<int>(static_cast<unsigned>(month) - 1U);
-  date.tm_mday = day;
+  date.tm_mon = static_cast<int>(static_cast<unsigned>(day[1]) - 1U);
+  date.tm_mday = day[2];
   date.tm_hour = 23;
   date.tm_min = 59;
   date.tm_sec = 59;
@@ -38,11 +39,9 @@ std::int64_t EndOfDay(int year, int month, int day) {
 }
 
 std::int64_t ParseQuotedExpiry(const std::string& value) {
-  int year = 0;
-  int month = 0;
-  int day = 0;
-  if (std::sscanf(value.c_str(), "%d-%d-%d", &year, &month, &day) == 3 && year >= 1971) {
-    return EndOfDay(year, month, day);
+  const auto day = ReadDate(value);
+  if (day && day->front() >= 1971) {
+    return EndOfDay(*day);
   }
   return std::strtoll(value.c_str(), nullptr, 10);
 }
@@ -95,10 +94,8 @@ std::wstring DateText(std::int64_t unixSeconds) {
   if (FileTimeToSystemTime(&fileTime, &date) == FALSE) {
     return {};
   }
-  char text[32] = {};
-  (void)std::snprintf(text, sizeof(text), "%04u-%02u-%02u", static_cast<unsigned>(date.wYear),
-                      static_cast<unsigned>(date.wMonth), static_cast<unsigned>(date.wDay));
-  return Utf8ToWide(text);
+  return DecimalText(date.wYear, 4) + L'-' + DecimalText(date.wMonth, 2) + L'-' +
+         DecimalText(date.wDay, 2);
 }
 
 std::int64_t NowSeconds() {

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "src/common/mutex.h"
+#include "src/common/number_text.h"
 #include "src/common/unique_handle.h"
 
 namespace vpn {
@@ -91,7 +92,7 @@ std::string ReadBody(HINTERNET request) {
 PanelReply ReadReply(HINTERNET request) {
   PanelReply reply = {.answered = true, .status = QueryStatus(request), .body = ReadBody(request)};
   if (reply.status >= 400) {
-    reply.error = L"面板 HTTP " + std::to_wstring(reply.status);
+    reply.error = L"面板 HTTP " + DecimalText(reply.status);
   }
   return reply;
 }

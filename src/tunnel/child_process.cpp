@@ -2,6 +2,8 @@
 
 #include <utility>
 
+#include "src/common/number_text.h"
+
 namespace vpn {
 namespace {
 
@@ -31,7 +33,7 @@ Status SpawnChild(HANDLE job, const std::wstring& executable, const std::wstring
   if (!created.create(executable.c_str(), commandLine, CREATE_SUSPENDED | CREATE_NO_WINDOW,
                       workingDirectory.empty() ? nullptr : workingDirectory.c_str())) {
     const DWORD createError = GetLastError();
-    return Status::failure(L"CreateProcess failed err=" + std::to_wstring(createError));
+    return Status::failure(L"CreateProcess failed err=" + DecimalText(createError));
   }
   if (job != nullptr && AssignProcessToJobObject(job, created.process.get()) == FALSE) {
     (void)TerminateProcess(created.process.get(), 1);

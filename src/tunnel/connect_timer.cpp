@@ -2,14 +2,19 @@
 
 #include <windows.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <cwchar>
 
 #include "src/common/environment.h"
+#include "src/common/number_text.h"
 #include "src/common/unique_handle.h"
 
 namespace vpn {
 namespace {
+
+constexpr size_t kLabelWidth = 28;
+constexpr size_t kNumberWidth = 5;
 
 std::wstring TracePath() {
   if (const auto fromEnvironment = ReadEnvironment(L"TAVRIN_TIMING", kPathCapacity)) {
@@ -25,6 +30,12 @@ std::wstring TracePath() {
   return directory + L"connect-timing.log";
 }
 
+std::wstring TraceLine(std::wstring label, std::uint64_t since, std::uint64_t total) {
+  label.resize(std::max(label.size(), kLabelWidth), L' ');
+  return label + L" +" + DecimalText(since, kNumberWidth, L' ') + L"ms  total " +
+         DecimalText(total, kNumberWidth, L' ') + L"ms\n";
+}
+
 }  // namespace
 
 ConnectTimer::ConnectTimer()
@@ -38,9 +49,7 @@ void ConnectTimer::mark(const wchar_t* label) {
   std::FILE* opened = nullptr;
   if (_wfopen_s(&opened, path_.c_str(), L"a, ccs=UTF-8") == 0) {
     const UniqueFile file(opened);
-    (void)std::fwprintf(file.get(), L"%-28ls +%5llums  total %5llums\n", label,
-                        static_cast<unsigned long long>(now - lastTicks_),
-                        static_cast<unsigned long long>(now - startTicks_));
+    (void)std::fputws(TraceLine(label, now - lastTicks_, now - startTicks_).c_str(), file.get());
   }
   lastTicks_ = now;
 }

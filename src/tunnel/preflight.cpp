@@ -5,6 +5,7 @@
 #include <array>
 
 #include "src/common/deployment.h"
+#include "src/common/number_text.h"
 #include "src/common/unique_handle.h"
 #include "src/net/adapters.h"
 #include "src/tunnel/port_probe.h"
@@ -62,7 +63,7 @@ Status CheckSocksPort() {
   if (!WaitForLocalPort(kSocksPort, kSingleAttempt, nullptr)) {
     return Status::success();
   }
-  return Status::failure(L"本机端口 " + std::to_wstring(kSocksPort) +
+  return Status::failure(L"本机端口 " + DecimalText(kSocksPort) +
                          L" 已被其他程序占用，无法建立隧道。请退出其他代理客户端后重试。");
 }
 

@@ -1,6 +1,7 @@
 // The start: old state first, then refusals that need nothing undone, the physical side, the
 // children, and only when these are proven alive the routes and the IPv6 block.
 #include "src/common/deployment.h"
+#include "src/common/number_text.h"
 #include "src/common/text.h"
 #include "src/net/adapters.h"
 #include "src/net/interface_address.h"
@@ -23,7 +24,7 @@ constexpr DWORD kAddressBudget = 4000;
 std::wstring Tun2socksCommandLine(const std::wstring& executable) {
   return QuoteArgument(executable) + L" --loglevel warn --device " + kAdapterName +
          L" --mtu 1400 --tcp-auto-tuning --tcp-sndbuf 4m --tcp-rcvbuf 4m" +
-         L" --proxy socks5://127.0.0.1:" + std::to_wstring(kSocksPort);
+         L" --proxy socks5://127.0.0.1:" + DecimalText(kSocksPort);
 }
 
 bool Exists(const std::wstring& path) {

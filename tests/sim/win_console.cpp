@@ -7,7 +7,6 @@
 
 #include <cerrno>
 #include <climits>
-#include <cstdarg>
 #include <cwctype>
 
 // This file defines what the macros of the same names stand for, and falls back on the host's own.
@@ -15,7 +14,6 @@
 #undef stderr
 #undef fputwc
 #undef fputws
-#undef fwprintf
 
 using sim::Call;
 
@@ -155,15 +153,6 @@ int sim_fputws(const wchar_t* text, std::FILE* file) {
     }
   }
   return 0;
-}
-
-int sim_fwprintf(std::FILE* file, const wchar_t* format, ...) {
-  std::wstring text(4096, L'\0');
-  std::va_list arguments;
-  va_start(arguments, format);
-  const int length = std::vswprintf(text.data(), text.size(), format, arguments);
-  va_end(arguments);
-  return length < 0 || sim_fputws(text.c_str(), file) < 0 ? -1 : length;
 }
 
 int _fseeki64(std::FILE* file, long long offset, int origin) {

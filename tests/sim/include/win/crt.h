@@ -33,12 +33,10 @@ std::FILE* sim_stdout();
 std::FILE* sim_stderr();
 std::wint_t sim_fputwc(wchar_t unit, std::FILE* file);
 int sim_fputws(const wchar_t* text, std::FILE* file);
-int sim_fwprintf(std::FILE* file, const wchar_t* format, ...);
 
 namespace std {  // so that both spellings reach the machine
 using ::sim_fputwc;
 using ::sim_fputws;
-using ::sim_fwprintf;
 }  // namespace std
 
 #undef stdout
@@ -47,6 +45,5 @@ using ::sim_fwprintf;
 #define stderr (sim_stderr())
 #define fputwc sim_fputwc
 #define fputws sim_fputws
-#define fwprintf sim_fwprintf
 
 #endif  // TAVRIN_TESTS_SIM_INCLUDE_WIN_CRT_H_
