@@ -1,25 +1,34 @@
 // The times of the benchmarks. For people: no test depends on one.
-#include <algorithm>
-#include <iterator>
-
 #include "tests/bench/figures.h"
 #include "tests/sim/machine.h"
 
 namespace {
 
-constexpr bench::Figure (*kFigures[])(bool quick) = {bench::PanelReply, bench::SubscriptionBase64,
-                                                     bench::SubscriptionPlain};
+struct Entry {
+  const char* name;
+  bench::Cases (*make)(bool quick);
+};
+
+constexpr Entry kFigures[] = {
+    {"panel-reply", bench::PanelReply},
+    {"subscription-base64", bench::SubscriptionBase64},
+    {"subscription-plain", bench::SubscriptionPlain},
+    {"growth-nodes", bench::GrowthOfNodes},
+    {"growth-routes", bench::GrowthOfRoutes},
+    {"growth-processes", bench::GrowthOfProcesses},
+    {"growth-adapters", bench::GrowthOfAdapters},
+    {"growth-pins", bench::GrowthOfPins},
+};
 
 }  // namespace
 
 int main(int argc, char** argv) {
   const bench::Options options = bench::ReadOptions(argc, argv);
-  const sim::InstalledMachine machine;
   bench::Report report(options.out);
-  for (const auto make : kFigures) {
-    const bench::Figure figure = make(options.quick);
+  for (const Entry& figure : kFigures) {
     if (options.figure.empty() || options.figure == figure.name) {
-      bench::Measure(figure, options, report);
+      const sim::InstalledMachine machine;
+      bench::Measure(figure.name, figure.make(options.quick), options, report);
     }
   }
   return 0;

@@ -130,8 +130,8 @@ Case ReadingBy(const char* subject, const std::shared_ptr<const std::string>& bo
 
 }  // namespace
 
-Figure PanelReply(bool quick) {
-  Figure figure{"panel-reply", {}};
+Cases PanelReply(bool quick) {
+  Cases cases;
   const std::vector<std::size_t> sizes =
       quick
           ? std::vector<std::size_t>{1 << 10, 1 << 16}
@@ -139,17 +139,17 @@ Figure PanelReply(bool quick) {
   const auto parser = std::make_shared<simdjson::dom::parser>();
   for (const std::size_t size : sizes) {
     const auto body = std::make_shared<const std::string>(ServerList(size));
-    figure.cases.push_back(ReadingBy("service", body, ByService));
-    figure.cases.push_back(ReadingBy("rapidjson", body, ByRapidJson));
-    figure.cases.push_back(ReadingBy(
+    cases.push_back(ReadingBy("service", body, ByService));
+    cases.push_back(ReadingBy("rapidjson", body, ByRapidJson));
+    cases.push_back(ReadingBy(
         "simdjson", body, [parser](const std::string& text) { return BySimdJson(*parser, text); }));
-    figure.cases.push_back(ReadingBy("nlohmann", body, ByNlohmannJson));
-    figure.cases.push_back({"memcpy", body->size(), [body, copy = std::string(*body)]() mutable {
-                              std::memcpy(copy.data(), body->data(), body->size());
-                              Keep(copy);
-                            }});
+    cases.push_back(ReadingBy("nlohmann", body, ByNlohmannJson));
+    cases.push_back({"memcpy", body->size(), [body, copy = std::string(*body)]() mutable {
+                       std::memcpy(copy.data(), body->data(), body->size());
+                       Keep(copy);
+                     }});
   }
-  return figure;
+  return cases;
 }
 
 }  // namespace bench

@@ -74,6 +74,12 @@ int MultiByteToWideChar(UINT /*codePage*/, DWORD /*flags*/, LPCCH bytes, int byt
       at + (byteCount == -1 ? std::strlen(bytes) + 1 : static_cast<size_t>(byteCount));
   Units out{text, unitCount};
   while (at < end) {
+    for (; at < end && *at < 0x80; ++at) {
+      out.put(*at);
+    }
+    if (at == end) {
+      break;
+    }
     const int length = std::min<int>(LengthOf(*at), static_cast<int>(end - at));
     const unsigned code = CodeAt(at, length);
     if (code >= 0x10000) {

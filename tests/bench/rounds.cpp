@@ -15,7 +15,11 @@ double Nanoseconds() {
   return static_cast<double>(now.tv_sec) * 1e9 + static_cast<double>(now.tv_nsec);
 }
 
+// Short work is warm by then; the caches and the heap are as the case before has left them.
 double TimeOf(const Case& measured, std::size_t repeats) {
+  if (repeats > 1) {
+    measured.work();
+  }
   const double start = Nanoseconds();
   for (std::size_t i = 0; i < repeats; ++i) {
     measured.work();
@@ -23,7 +27,7 @@ double TimeOf(const Case& measured, std::size_t repeats) {
   return Nanoseconds() - start;
 }
 
-// How often the work has to run for a sample of `wanted` nanoseconds. It is warm afterwards.
+// How often the work has to run for a sample of `wanted` nanoseconds.
 std::size_t RepeatsFor(const Case& measured, double wanted) {
   std::size_t repeats = 1;
   while (TimeOf(measured, repeats) < wanted) {
@@ -70,6 +74,15 @@ Options ReadOptions(int argc, char** argv) {
   return options;
 }
 
+std::vector<std::size_t> Sizes(std::size_t most, bool quick) {
+  std::vector<std::size_t> sizes;
+  for (std::size_t size = most; size > 0; size /= 10) {
+    sizes.insert(sizes.begin(), size);
+  }
+  sizes.resize(quick ? 2 : sizes.size());
+  return sizes;
+}
+
 Report::Report(std::string path) : path_(std::move(path)) {}
 
 void Report::add(const std::string& figure, const std::string& subject, std::size_t size,
@@ -93,20 +106,21 @@ Report::~Report() {
   }
 }
 
-void Measure(const Figure& figure, const Options& options, Report& report) {
+void Measure(const std::string& figure, const Cases& cases, const Options& options,
+             Report& report) {
   const double wanted = options.quick ? 3e5 : 3e6;
   std::vector<std::size_t> repeats;
-  for (const Case& measured : figure.cases) {
+  for (const Case& measured : cases) {
     repeats.push_back(RepeatsFor(measured, wanted));
   }
-  std::vector<std::vector<double>> samples(figure.cases.size());
+  std::vector<std::vector<double>> samples(cases.size());
   for (int round = 0; round < options.rounds; ++round) {
-    for (std::size_t i = 0; i < figure.cases.size(); ++i) {
-      samples[i].push_back(TimeOf(figure.cases[i], repeats[i]) / static_cast<double>(repeats[i]));
+    for (std::size_t i = 0; i < cases.size(); ++i) {
+      samples[i].push_back(TimeOf(cases[i], repeats[i]) / static_cast<double>(repeats[i]));
     }
   }
-  for (std::size_t i = 0; i < figure.cases.size(); ++i) {
-    report.add(figure.name, figure.cases[i].subject, figure.cases[i].size, "ns", samples[i]);
+  for (std::size_t i = 0; i < cases.size(); ++i) {
+    report.add(figure, cases[i].subject, cases[i].size, "ns", samples[i]);
   }
 }
 

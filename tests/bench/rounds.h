@@ -30,10 +30,11 @@ struct Case {
   std::function<void()> work;
 };
 
-struct Figure {
-  std::string name;
-  std::vector<Case> cases;
-};
+using Cases = std::vector<Case>;
+
+// 1, 10, 100 and so on up to `most`, if that is a power of ten; else `most` and its tenths. Only
+// the least two with `quick`.
+std::vector<std::size_t> Sizes(std::size_t most, bool quick);
 
 // Lines of JSON in a file of their own. A file that can't be written ends the program.
 class Report {
@@ -50,7 +51,7 @@ class Report {
 
 // In each round every case once, in their order; the samples are nanoseconds of this thread's time
 // for one run of the work, which is repeated until the clock can tell it well.
-void Measure(const Figure& figure, const Options& options, Report& report);
+void Measure(const std::string& figure, const Cases& cases, const Options& options, Report& report);
 
 // The compiler has to have `value` ready, and may know nothing of the memory behind it.
 template <class Value>
