@@ -35,7 +35,7 @@ if(TAVRIN_FUZZ)
   add_subdirectory(tests/fuzz)
 endif()
 
-option(TAVRIN_BENCH "The benchmarks; Google Benchmark is wanted for them alone" OFF)
+option(TAVRIN_BENCH "The benchmarks; RapidJSON and simdjson are wanted for them alone" OFF)
 if(TAVRIN_BENCH)
   add_subdirectory(tests/bench)
 endif()

@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
-# bench.sh [OPTION...]: builds the benchmarks optimised and runs them, with Google Benchmark's options.
-# `copies` is the time in plain copies of the same bytes; each group ends with its growth.
+# bench.sh: builds the benchmarks optimised and runs those of the native build; what they measured is
+# in build/bench/native.jsonl (tests/bench/rounds.h tells its form).
 set -euo pipefail
 cd "$(dirname "$0")/.."
-scripts/install_packages.sh libbenchmark-dev
+scripts/install_packages.sh libsimdjson-dev libssl-dev nlohmann-json3-dev rapidjson-dev
 scripts/build.sh bench
-exec build/bench/tests/bench/tavrin_bench --benchmark_counters_tabular=true "$@"
+exec build/bench/tests/bench/native_bench --out build/bench/native.jsonl "$@"

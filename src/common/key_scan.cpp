@@ -1,14 +1,31 @@
 #include "src/common/key_scan.h"
 
 #include <algorithm>
-#include <string>
+
+#include "src/common/word_scan.h"
 
 namespace vpn {
+namespace {
+
+// `at` is a position of the text. The needle is never put together: most calls look for one of the
+// short keys of a short text.
+bool IsQuotedKey(std::string_view text, size_t at, std::string_view key) {
+  const std::string_view rest = text.substr(at);
+  return rest.size() >= key.size() + 2 && rest.front() == '"' && rest[key.size() + 1] == '"' &&
+         rest.substr(1).starts_with(key);
+}
+
+}  // namespace
 
 size_t FindBehindKey(std::string_view text, std::string_view key) {
-  const std::string needle = '"' + std::string(key) + '"';
-  const size_t at = text.find(needle);
-  return at == std::string_view::npos ? at : at + needle.size();
+  const char first = key.empty() ? '"' : key.front();
+  const size_t at = FindByWords<1>(
+      text, 0,
+      [first](const char* word) {
+        return ZeroBytes(Differences(word, '"') | Differences(word + 1, first));
+      },
+      [&](size_t position) { return IsQuotedKey(text, position, key); });
+  return at == std::string_view::npos ? at : at + key.size() + 2;
 }
 
 size_t FindBehindColon(std::string_view text, std::string_view key) {
@@ -26,7 +43,13 @@ size_t FindClosingQuote(std::string_view text, size_t from) {
 }
 
 size_t SkipBytes(std::string_view text, size_t from, std::string_view skipped) {
-  return std::min(text.find_first_not_of(skipped, from), text.size());
+  const auto isSkipped = [skipped](char byte) {
+    return std::any_of(skipped.begin(), skipped.end(), [byte](char one) { return one == byte; });
+  };
+  while (from < text.size() && isSkipped(text[from])) {
+    ++from;
+  }
+  return std::min(from, text.size());
 }
 
 }  // namespace vpn

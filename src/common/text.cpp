@@ -23,13 +23,9 @@ std::wstring Utf8ToWide(std::string_view bytes) {
   if (bytes.empty()) {
     return {};
   }
-  const int byteCount = static_cast<int>(bytes.size());
-  const int units = MultiByteToWideChar(CP_UTF8, 0, bytes.data(), byteCount, nullptr, 0);
-  if (units <= 0) {
-    return {};
-  }
-  std::wstring text(static_cast<size_t>(units), L'\0');
-  const int written = MultiByteToWideChar(CP_UTF8, 0, bytes.data(), byteCount, text.data(), units);
+  std::wstring text(bytes.size(), L'\0');  // no text has more units than bytes
+  const int room = static_cast<int>(bytes.size());
+  const int written = MultiByteToWideChar(CP_UTF8, 0, bytes.data(), room, text.data(), room);
   text.resize(written > 0 ? static_cast<size_t>(written) : 0);
   return text;
 }

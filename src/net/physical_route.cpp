@@ -43,23 +43,24 @@ Status FindPhysicalRoute(PhysicalRoute& route) {
   if (GetIpForwardTable2(AF_INET, table.put()) != NO_ERROR || !table) {
     return Status::failure(L"GetIpForwardTable2 failed");
   }
-  ULONG bestMetric = kNoMetric;
-  PhysicalRoute best;
+  const MIB_IPFORWARD_ROW2* best = nullptr;
+  std::wstring bestAlias;
   for (ULONG i = 0; i < table.get()->NumEntries; ++i) {
     const MIB_IPFORWARD_ROW2& row = table.get()->Table[i];
-    if (!IsGatewayRoute(row)) {
+    // The platform is asked for a name only where that can decide.
+    if (row.Metric >= (best == nullptr ? kNoMetric : best->Metric) || !IsGatewayRoute(row)) {
       continue;
     }
     const std::optional<std::wstring> alias = LookupAlias(row.InterfaceLuid);
-    if (alias && !IsVirtualInterfaceAlias(*alias) && row.Metric < bestMetric) {
-      bestMetric = row.Metric;
-      best = MakeRoute(row, *alias);
+    if (alias && !IsVirtualInterfaceAlias(*alias)) {
+      best = &row;
+      bestAlias = *alias;
     }
   }
-  if (bestMetric == kNoMetric) {
+  if (best == nullptr) {
     return Status::failure(L"no physical default gateway");
   }
-  route = best;
+  route = MakeRoute(*best, bestAlias);
   return Status::success();
 }
 

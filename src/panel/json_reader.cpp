@@ -5,19 +5,33 @@
 
 #include "src/common/key_scan.h"
 #include "src/common/text.h"
+#include "src/common/word_scan.h"
 
 namespace vpn {
 namespace {
 
 constexpr size_t kNone = std::string::npos;
 
-// Position behind the bracket that closes the one at `open`, or `kNone`.
-size_t FindBalance(const std::string& text, size_t open, char opening, char closing) {
+// Position of the first bracket or brace at or behind `from`, or `kNone`. One bit makes a bracket
+// the brace of its side.
+size_t FindBracket(std::string_view text, size_t from) {
+  constexpr std::uint64_t kFold = kEachByte * 0x20;
+  return FindByWords<0>(
+      text, from,
+      [](const char* word) {
+        const std::uint64_t folded = Differences(word, '\0') | kFold;
+        return ZeroBytes(folded ^ kEachByte * '{') | ZeroBytes(folded ^ kEachByte * '}');
+      },
+      [text](size_t at) { return (text[at] | 0x20) == '{' || (text[at] | 0x20) == '}'; });
+}
+
+// Position behind the brace that closes the one at `open`, or `kNone`.
+size_t FindBalance(std::string_view text, size_t open) {
   size_t depth = 0;
-  for (size_t at = open; at < text.size(); ++at) {
-    if (text[at] == opening) {
+  for (size_t at = open; at != kNone; at = FindBracket(text, at + 1)) {
+    if (text[at] == '{') {
       ++depth;
-    } else if (text[at] == closing && --depth == 0) {
+    } else if (text[at] == '}' && --depth == 0) {
       return at + 1;
     }
   }
@@ -40,24 +54,37 @@ std::int64_t Truncate(double number) {
   return number >= -kLimit && number < kLimit ? static_cast<std::int64_t>(number) : INT64_MIN;
 }
 
-// The objects at depth 0 of `span`; anything between them is passed over.
-std::vector<std::string> SplitObjects(std::string_view span) {
+// The objects at depth 0 of the array that begins at `open`; anything between them is passed over.
+std::vector<std::string> SplitObjects(std::string_view text, size_t open) {
   std::vector<std::string> objects;
+  size_t arrays = 0;
   size_t depth = 0;
   size_t start = 0;
-  for (size_t at = 0; at < span.size(); ++at) {
-    if (span[at] == '{') {
+  for (size_t at = open; at != kNone; at = FindBracket(text, at + 1)) {
+    const char bracket = text[at];
+    if (bracket == '[') {
+      ++arrays;
+    } else if (bracket == ']' && --arrays == 0) {
+      break;
+    } else if (bracket == '{') {
       start = depth == 0 ? at : start;
       ++depth;
-    } else if (span[at] == '}' && depth > 0 && --depth == 0) {
-      objects.emplace_back(span.substr(start, at + 1 - start));
+    } else if (bracket == '}' && depth > 0 && --depth == 0) {
+      objects.emplace_back(text.substr(start, at + 1 - start));
     }
   }
   return objects;
 }
 
-bool IsHexDigit(char c) {
-  return HexDigitValue(c) >= 0;
+// The unit that the four digits at the front of `digits` give, or -1.
+int ReadUnit(std::string_view digits) {
+  constexpr size_t kDigits = 4;
+  int unit = digits.size() < kDigits ? -1 : 0;
+  for (size_t i = 0; i < kDigits && unit >= 0; ++i) {
+    const int value = HexDigitValue(digits[i]);
+    unit = value < 0 ? -1 : unit * 16 + value;
+  }
+  return unit;
 }
 
 void AppendUtf8(unsigned unit, std::string& out) {
@@ -73,24 +100,20 @@ void AppendUtf8(unsigned unit, std::string& out) {
   }
 }
 
-// Decodes the escape at the front of `rest` and returns its length in bytes. Every other byte is
-// copied, and so is the backslash of an unknown escape.
-size_t DecodeFront(std::string_view rest, std::string& out) {
-  const char next = rest.front() == '\\' && rest.size() > 1 ? rest[1] : '\0';
-  if (next == '"' || next == '/' || next == '\\') {
-    out += next;
+// Decodes the escape whose backslash is the front of `rest`, and returns its length in bytes. Of an
+// unknown one the backslash is copied, and nothing else.
+size_t DecodeEscape(std::string_view rest, std::string& out) {
+  const char next = rest.size() > 1 ? rest[1] : '\0';
+  if (next == '"' || next == '/' || next == '\\' || next == 'n') {
+    out += next == 'n' ? '\n' : next;
     return 2;
   }
-  if (next == 'n') {
-    out += '\n';
-    return 2;
-  }
-  const std::string_view digits = rest.substr(std::min<size_t>(2, rest.size()), 4);
-  if (next == 'u' && digits.size() == 4 && std::all_of(digits.begin(), digits.end(), IsHexDigit)) {
-    AppendUtf8(static_cast<unsigned>(std::strtoul(std::string(digits).c_str(), nullptr, 16)), out);
+  const int unit = next == 'u' ? ReadUnit(rest.substr(2)) : -1;
+  if (unit >= 0) {
+    AppendUtf8(static_cast<unsigned>(unit), out);
     return 6;
   }
-  out += rest.front();
+  out += '\\';
   return 1;
 }
 
@@ -104,7 +127,7 @@ std::string JsonDataObject(const std::string& body) {
 std::string JsonObject(const std::string& text, std::string_view key) {
   const size_t behindKey = FindBehindKey(text, key);
   const size_t open = behindKey == kNone ? kNone : text.find('{', behindKey);
-  const size_t end = open == kNone ? kNone : FindBalance(text, open, '{', '}');
+  const size_t end = open == kNone ? kNone : FindBalance(text, open);
   return end == kNone ? std::string() : text.substr(open, end - open);
 }
 
@@ -114,11 +137,7 @@ std::vector<std::string> JsonObjectArray(const std::string& text, std::string_vi
     behindKey = FindBehindKey(text, "data");
   }
   const size_t open = behindKey == kNone ? kNone : text.find('[', behindKey);
-  if (open == kNone) {
-    return {};
-  }
-  const size_t end = FindBalance(text, open, '[', ']');
-  return SplitObjects(std::string_view(text).substr(open, end == kNone ? kNone : end - open));
+  return SplitObjects(text, open);
 }
 
 std::vector<std::int64_t> JsonNumberArray(const std::string& text, std::string_view key) {
@@ -175,8 +194,14 @@ bool JsonBool(const std::string& text, std::string_view key) {
 
 std::string JsonUnescape(std::string_view text) {
   std::string decoded;
-  for (size_t at = 0; at < text.size();) {
-    at += DecodeFront(text.substr(at), decoded);
+  decoded.reserve(text.size());
+  while (!text.empty()) {
+    const size_t plain = std::min(text.find('\\'), text.size());
+    decoded += text.substr(0, plain);
+    text.remove_prefix(plain);
+    if (!text.empty()) {
+      text.remove_prefix(DecodeEscape(text, decoded));
+    }
   }
   return decoded;
 }

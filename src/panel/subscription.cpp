@@ -37,34 +37,43 @@ std::string PlainLinks(const std::string& text) {
 }
 
 struct HostPort {
-  std::string host;
+  std::string_view host;
   int port = 0;
 };
 
 // No host without the bracket or colon that ends it.
-HostPort SplitHostPort(const std::string& text) {
+HostPort SplitHostPort(std::string_view text) {
   const size_t begin = text.starts_with('[') ? 1 : 0;
   const size_t end = begin == 1 ? text.find(']') : text.rfind(':');
-  if (end == std::string::npos) {
+  if (end == kNone) {
     return {};
   }
-  const std::string rest = text.substr(end + begin);
+  const std::string rest(text.substr(end + begin));
   return {text.substr(begin, end - begin), rest.starts_with(':') ? std::atoi(rest.c_str() + 1) : 0};
 }
 
 // Cuts `text` at the first `mark` and hands back what stood behind it.
-std::string CutBehind(std::string& text, char mark) {
+std::string_view CutBehind(std::string_view& text, char mark) {
   const size_t at = text.find(mark);
-  if (at == std::string::npos) {
+  if (at == kNone) {
     return {};
   }
-  std::string behind = text.substr(at + 1);
-  text.erase(at);
+  const std::string_view behind = text.substr(at + 1);
+  text = text.substr(0, at);
   return behind;
 }
 
+bool IsPlain(std::string_view text) {
+  return std::none_of(text.begin(), text.end(), [](char c) { return c == '%' || c == '+'; });
+}
+
+// Nearly every key is plain, and decoding the others is left to where it can matter.
+bool IsKey(std::string_view encoded, std::string_view key) {
+  return IsPlain(encoded) ? encoded == key : PercentDecode(encoded) == key;
+}
+
 // The value of the first of two keys that has one.
-std::string EitherParam(const std::string& query, std::string_view first, std::string_view second) {
+std::string EitherParam(std::string_view query, std::string_view first, std::string_view second) {
   std::string value = QueryParam(query, first);
   return value.empty() ? QueryParam(query, second) : value;
 }
@@ -73,9 +82,10 @@ std::string EitherParam(const std::string& query, std::string_view first, std::s
 
 void ParseSubscription(const std::string& text, std::vector<NodeInfo>& nodes) {
   const std::string links = PlainLinks(text);
+  std::string line;  // one buffer for all lines
   for (size_t start = 0; start < links.size();) {
     const size_t end = std::min(links.find('\n', start), links.size());
-    std::string line = links.substr(start, end - start);
+    line.assign(links, start, end - start);
     std::optional<NodeInfo> node = ParseVlessLink(line);
     if (node && !IsNotice(node->name)) {
       nodes.push_back(std::move(*node));
@@ -89,11 +99,11 @@ std::optional<NodeInfo> ParseVlessLink(std::string& line) {
   if (!line.starts_with(kScheme)) {
     return std::nullopt;
   }
-  std::string rest = line.substr(kScheme.size());
+  std::string_view rest = std::string_view(line).substr(kScheme.size());
   const std::string name = PercentDecode(CutBehind(rest, '#'));
-  const std::string query = CutBehind(rest, '?');
+  const std::string_view query = CutBehind(rest, '?');
   const size_t at = rest.rfind('@');
-  if (at == std::string::npos || at == 0) {
+  if (at == kNone || at == 0) {
     return std::nullopt;
   }
   const HostPort target = SplitHostPort(rest.substr(at + 1));
@@ -102,10 +112,10 @@ std::optional<NodeInfo> ParseVlessLink(std::string& line) {
     return std::nullopt;
   }
   NodeInfo node;
-  node.name = Utf8ToWide(name.empty() ? target.host : name);
+  node.name = Utf8ToWide(name.empty() ? target.host : std::string_view(name));
   node.address = Utf8ToWide(target.host);
   node.port = target.port;
-  node.uuid = Utf8ToWide(std::string_view(rest).substr(0, at));
+  node.uuid = Utf8ToWide(rest.substr(0, at));
   AssignIfGiven(QueryParam(query, "flow"), node.flow);
   AssignIfGiven(EitherParam(query, "sni", "servername"), node.sni);
   AssignIfGiven(QueryParam(query, "fp"), node.fingerprint);
@@ -119,7 +129,7 @@ std::string QueryParam(std::string_view query, std::string_view key) {
     const size_t end = std::min(query.find('&'), query.size());
     const std::string_view pair = query.substr(0, end);
     const size_t equals = pair.find('=');
-    if (PercentDecode(pair.substr(0, equals)) == key) {
+    if (IsKey(pair.substr(0, equals), key)) {
       return equals == kNone ? std::string() : PercentDecode(pair.substr(equals + 1));
     }
     query.remove_prefix(std::min(end + 1, query.size()));
@@ -128,6 +138,9 @@ std::string QueryParam(std::string_view query, std::string_view key) {
 }
 
 std::string PercentDecode(std::string_view text) {
+  if (IsPlain(text)) {
+    return std::string(text);
+  }
   std::string decoded;
   decoded.reserve(text.size());
   for (size_t i = 0; i < text.size(); ++i) {

@@ -7,7 +7,7 @@
 
 namespace vpn {
 
-// A pin that fails never stops a connect.
+// A pin that fails never stops a connect, and is tried again for the next host of that address.
 void TunnelManager::pinPanelHosts(const std::vector<std::wstring>& hosts) {
   std::vector<std::wstring> addresses;
   for (const std::wstring& host : hosts) {
@@ -15,27 +15,39 @@ void TunnelManager::pinPanelHosts(const std::vector<std::wstring>& hosts) {
     addresses.insert(addresses.end(), resolved.begin(), resolved.end());
   }
   // The platform may name an interface with an empty text, and fail to write a gateway as text.
-  const bool canPin = !physical_.interfaceAlias.empty() && !physical_.gateway.empty();
+  if (physical_.interfaceAlias.empty() || physical_.gateway.empty()) {
+    return;
+  }
+  // In order, so that none is looked for among all that are pinned already.
+  std::vector<std::wstring> ordered = addresses;
+  std::sort(ordered.begin(), ordered.end());
+  std::vector<bool> isDone(ordered.size());
   for (const std::wstring& address : addresses) {
-    if (canPin && !isPinned(address)) {
-      (void)pin(address);
-    }
+    const auto place = std::lower_bound(ordered.begin(), ordered.end(), address);
+    auto done = isDone.begin() + (place - ordered.begin());
+    *done = *done || pinAnew(address);
   }
 }
 
-Status TunnelManager::pin(const std::wstring& address) {
-  // An older route to that destination gives way.
-  (void)DeleteRoute(physical_.interfaceAlias, address, kHostRoutePrefix, physical_.gateway);
-  Status added = AddRoute(physical_.interfaceAlias, address, kHostRoutePrefix, physical_.gateway,
-                          kHostRouteMetric);
-  if (added && !isPinned(address)) {
+Status TunnelManager::pinNode() {
+  const bool isPinned = std::find(pinnedRoutes_.begin(), pinnedRoutes_.end(), nodeAddress_) !=
+                        pinnedRoutes_.end();  // it may be a panel host as well
+  return isPinned ? makePin(nodeAddress_) : pinAnew(nodeAddress_);
+}
+
+Status TunnelManager::pinAnew(const std::wstring& address) {
+  Status added = makePin(address);
+  if (added) {
     pinnedRoutes_.push_back(address);
   }
   return added;
 }
 
-bool TunnelManager::isPinned(const std::wstring& address) const {
-  return std::find(pinnedRoutes_.begin(), pinnedRoutes_.end(), address) != pinnedRoutes_.end();
+Status TunnelManager::makePin(const std::wstring& address) const {
+  // An older route to that destination gives way.
+  (void)DeleteRoute(physical_.interfaceAlias, address, kHostRoutePrefix, physical_.gateway);
+  return AddRoute(physical_.interfaceAlias, address, kHostRoutePrefix, physical_.gateway,
+                  kHostRouteMetric);
 }
 
 }  // namespace vpn

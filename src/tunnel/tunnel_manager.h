@@ -59,9 +59,10 @@ class TunnelManager {
   // A name server of ours that a crashed run left on the physical interface goes back to DHCP.
   void repairPhysicalDns(Start& start) const;
   void pinPanelHosts(const std::vector<std::wstring>& hosts);
+  Status pinNode();
   // Leads an address past the tunnel, and remembers it for the undoing.
-  Status pin(const std::wstring& address);
-  bool isPinned(const std::wstring& address) const;
+  Status pinAnew(const std::wstring& address);
+  Status makePin(const std::wstring& address) const;
   void undoNetwork();
 
   KernelHandle job_;  // the platform kills both children when its only handle is closed

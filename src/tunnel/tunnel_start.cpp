@@ -182,7 +182,7 @@ Status TunnelManager::installRoutes(Start& start) {
   const auto addHalf = [&](const wchar_t* half) {
     return AddRoute(tun_.alias, half, kSplitRoutePrefix, tun_.address, kSplitRouteMetric);
   };
-  Status added = pin(nodeAddress_).andThen([&] { return addHalf(kLowerHalf); }).andThen([&] {
+  Status added = pinNode().andThen([&] { return addHalf(kLowerHalf); }).andThen([&] {
     return addHalf(kUpperHalf);
   });
   if (!added) {

@@ -29,6 +29,27 @@ TEST(FindBehindKey, EmptyKeyIsAPairOfQuotes) {
   EXPECT_EQ(FindBehindKey(R"({"a":""})", ""), 7u);
 }
 
+// The text is looked at eight bytes at a time, so each place in such a word has its turn.
+TEST(FindBehindKey, FindsTheKeyAtEveryPlaceAndInTextsOfEveryLength) {
+  for (size_t before = 0; before < 20; ++before) {
+    for (size_t behind = 0; behind < 20; ++behind) {
+      const std::string text = std::string(before, '"') + R"("key")" + std::string(behind, ' ');
+      EXPECT_EQ(FindBehindKey(text, "key"), before + 5) << before << " before, " << behind;
+      EXPECT_EQ(FindBehindKey(text, "kez"), kNone) << before << " before, " << behind;
+    }
+  }
+}
+
+// Neighbours of the two bytes that are looked for, in front of and behind the real ones.
+TEST(FindBehindKey, TakesNoByteForItsNeighbour) {
+  for (const std::string_view other : {"!k", "#k", "\"j", "\"l", "\xA2k", "\"\xEB", "!j"}) {
+    const std::string text = std::string(other) + std::string(other) + R"("k")" + "        ";
+    EXPECT_EQ(FindBehindKey(text, "k"), 7u) << other;
+    EXPECT_EQ(FindBehindKey(std::string(8, '"') + std::string(other) + "          ", "k"), kNone)
+        << other;
+  }
+}
+
 TEST(FindBehindColon, SkipsWhateverStandsInFrontOfTheColon) {
   EXPECT_EQ(FindBehindColon(R"({"op":1})", "op"), 6u);
   EXPECT_EQ(FindBehindColon(R"({"op" junk :1})", "op"), 12u);

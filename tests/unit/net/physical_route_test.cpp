@@ -57,6 +57,18 @@ TEST_F(PhysicalRoutes, OfThreeTheLowestWinsAndNotTheLast) {
   EXPECT_EQ(route.gateway, L"10.0.0.1");
 }
 
+TEST_F(PhysicalRoutes, OnlyWhatCanDecideIsAskedOfThePlatform) {
+  AddDefault("second", 35);
+  AddDefault("third", 5);
+  AddDefault("fourth", 5);
+  ASSERT_TRUE(Find());
+  EXPECT_EQ(route.interfaceAlias, L"third");
+  EXPECT_EQ(machine.calls.TextsOf("ConvertInterfaceLuidToAlias"),
+            (Texts{"\"以太网\"", "\"third\""}));
+  EXPECT_EQ(machine.calls.TextsOf("ConvertInterfaceLuidToIndex"), Texts{"\"third\""});
+  EXPECT_EQ(machine.calls.Count("InetNtopW"), 1u);
+}
+
 TEST_F(PhysicalRoutes, OfEqualMetricsTheFirstInTableOrderWins) {
   AddDefault("WLAN", 25);
   ASSERT_TRUE(Find());

@@ -152,6 +152,18 @@ TEST(JsonObjectArray, BracketsAndBracesInStringsCountLikeAllOthers) {
       << "the opened bracket makes the span run on";
 }
 
+// The text is looked at eight bytes at a time, so each place in such a word has its turn.
+TEST(JsonObjectArray, BracketsAreSeenAtEveryPlace) {
+  for (size_t width = 0; width < 20; ++width) {
+    const std::string gap(width, 'z');  // one bit away from a brace
+    const std::string object = "{" + gap + "[" + gap + "]" + gap + "}";
+    const std::string text =
+        R"({"k":)" + gap + "[" + object + gap + "|~_Y" + object + gap + "]" + gap + object + "}";
+    EXPECT_EQ(JsonObjectArray(text, "k"), (Texts{object, object})) << width;
+    EXPECT_EQ(JsonObject(text, "k"), object) << width;
+  }
+}
+
 TEST(JsonEmptyText, GivesEmptiesThroughout) {
   EXPECT_EQ(JsonDataObject(""), "");
   EXPECT_EQ(JsonObject("", "k"), "");

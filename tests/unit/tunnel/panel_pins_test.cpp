@@ -118,6 +118,15 @@ TEST_F(PanelPins, ARefusedPinIsNotDeletedByTheStop) {
             Texts(2, "\"以太网\" 198.51.100.30/32 via 192.168.1.1"));
 }
 
+TEST_F(PanelPins, ANodeThatIsAPanelHostTooIsRememberedOnce) {
+  config.panelHosts = {L"198.51.100.30"};
+  ASSERT_TRUE(Start());
+  machine.calls.Clear();
+  manager->stop();
+  EXPECT_EQ(machine.calls.TextsOf("DeleteIpForwardEntry2").size(), 2u)
+      << "once as a pin and once as the node; the split routes went with their adapter";
+}
+
 TEST_F(PanelPins, APinThatStandsAlreadyCountsAsMade) {
   config.panelHosts = {L"198.51.100.5"};
   machine.faults.Fail("CreateIpForwardEntry2", {.nth = 1, .code = 5010});
