@@ -45,9 +45,7 @@ add_subdirectory(tests/unit)
 add_subdirectory(tests/contract)
 add_subdirectory(tests/real)
 add_subdirectory(tests/soak)
-# Thousands of connects, one thread each: nothing for ThreadSanitizer, which would take long over them.
-if(NOT TAVRIN_SANITIZE STREQUAL "thread")
-  add_subdirectory(tests/fault)
-endif()
+add_subdirectory(tests/fault)
+add_subdirectory(tests/sequence)
 
 include(cmake/tidy.cmake)

@@ -2,8 +2,8 @@
 #include <gmock/gmock.h>
 
 #include <algorithm>
-#include <cstdio>
 
+#include "tests/fault/failing_run.h"
 #include "tests/fault/next_connect.h"
 #include "tests/fault/reply_texts.h"
 
@@ -60,51 +60,21 @@ class FailingCall : public ::testing::TestWithParam<Scene> {
   void SetUp() override { points = TakeSurvey(GetParam()); }
 
   void RunAll(Mode mode) {
-    ASSERT_FALSE(points.empty()) << "the run without faults failed";
-    size_t bad = 0;
-    for (size_t index = 0; index < points.size(); ++index) {
-      SCOPED_TRACE("call " + std::to_string(index + 1) + " [" + points[index].step + "] " +
-                   Describe(points[index]));
-      const int before = Findings();
-      RunOne(index, mode);
-      bad += Findings() == before ? 0 : 1;
-    }
-    std::printf("%s: N = %zu fallible calls, %zu runs, %zu with a finding\n", GetParam().name,
-                points.size(), points.size(), bad);
+    EachCall(GetParam().name, DescribeWithSteps(points),
+             [&](size_t index) { RunOne(index, mode); });
   }
 
  private:
-  static int Findings() {
-    return ::testing::UnitTest::GetInstance()->current_test_info()->result()->total_part_count();
-  }
-
   void RunOne(size_t index, Mode mode) {
     Stage stage(GetParam());
-    sim::Machine& machine = *stage.machine;
-    std::wstring text;
-    Lines afterConnect;
-    BeginProcess();
-    machine.RunProcess([&] {
-      EXPECT_TRUE(stage.Prepare());
-      machine.faults.ResetCount();
-      mode == Mode::kOnce ? machine.faults.FailAt(index + 1) : machine.faults.FailFrom(index + 1);
-      text = Connect();
-      afterConnect = machine.processes.Alive();
-      Disconnect();
-      EndProcess();
-    });
-    machine.faults.Clear();
-    machine.clock.Advance(10'000);  // what was started and can't be stopped comes to its end
-
-    EXPECT_EQ(machine.OpenHandles(), Lines());
-    EXPECT_EQ(machine.Violations(), Lines());
-    EXPECT_EQ(Missing(stage.Foreign(), stage.Now()), Lines());
+    const FailingRun run =
+        RunFailing(stage, [&](sim::Machine& machine) { Arrange(machine, mode, index); });
     if (mode == Mode::kOnwards) {
-      CheckOnwards(stage, index, text);
+      CheckOnwards(stage, index, run.text);
     } else if (stage.scene.start == Start::kOrphans) {
-      CheckOrphansOnce(stage, index, text);
+      CheckOrphansOnce(stage, index, run.text);
     } else {
-      CheckOnce(stage, index, text, afterConnect);
+      CheckOnce(stage, index, run.text, run.afterConnect);
     }
     ExpectNextConnectIsClean(stage);
   }

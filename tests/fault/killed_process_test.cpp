@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <utility>
 
+#include "tests/fault/each_call.h"
 #include "tests/fault/next_connect.h"
 #include "tests/fault/survey.h"
 
@@ -20,8 +21,7 @@ class KilledProcess : public ::testing::TestWithParam<Scene> {
     BeginProcess();
     const sim::ProcessRun run = machine.RunProcess([&machine, &stage, index] {
       EXPECT_TRUE(stage.Prepare());
-      machine.faults.ResetCount();
-      machine.faults.KillAt(index + 1);
+      Arrange(machine, Mode::kKilled, index);
       (void)Connect();
       Disconnect();
     });
@@ -53,8 +53,7 @@ class KilledProcess : public ::testing::TestWithParam<Scene> {
   }
 
   void PrintRemains() const {
-    std::printf("%s: N = %zu fallible calls, %zu runs; a kill leaves\n", GetParam().name,
-                points.size(), points.size());
+    std::printf("%s: a kill leaves\n", GetParam().name);
     for (const auto& [where, text] : remains) {
       std::printf("  from %s on:\n%s", where.c_str(),
                   text.empty() ? "    nothing\n" : text.c_str());
@@ -66,12 +65,7 @@ class KilledProcess : public ::testing::TestWithParam<Scene> {
 };
 
 TEST_P(KilledProcess, LeavesNothingThatTheNextOneDoesNotPutRight) {
-  ASSERT_FALSE(points.empty()) << "the run without faults failed";
-  for (size_t index = 0; index < points.size(); ++index) {
-    SCOPED_TRACE("call " + std::to_string(index + 1) + " [" + points[index].step + "] " +
-                 Describe(points[index]));
-    KillAt(index);
-  }
+  EachCall(GetParam().name, DescribeWithSteps(points), [this](size_t index) { KillAt(index); });
   PrintRemains();
 }
 

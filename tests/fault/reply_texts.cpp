@@ -162,6 +162,13 @@ std::wstring ExpectedText(const Scene& scene, const std::vector<Point>& points, 
   return {};
 }
 
+bool IsKnownText(const Scene& scene, const std::wstring& text) {
+  const std::vector<Rule> rules = RulesOf(scene);
+  return text == kPortTakenText || std::any_of(rules.begin(), rules.end(), [&](const Rule& rule) {
+           return text == rule.onwards || (rule.once != nullptr && text == rule.once);
+         });
+}
+
 std::vector<std::string> UnreachedTexts(const Scene& scene, const std::vector<Point>& points) {
   std::vector<std::string> unreached;
   for (const Rule& rule : RulesOf(scene)) {

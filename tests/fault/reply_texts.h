@@ -6,18 +6,17 @@
 #include <string>
 #include <vector>
 
+#include "tests/fault/each_call.h"
 #include "tests/fault/survey.h"
 
 namespace fault {
 
-enum class Mode {
-  kOnce,     // this call fails, and none behind it
-  kOnwards,  // this call and every later one fail
-};
-
 // The text of the connect when it is hit at `points[index]`; empty for success.
 std::wstring ExpectedText(const Scene& scene, const std::vector<Point>& points, size_t index,
                           Mode mode);
+
+// Whether a failure of any call is answered so.
+bool IsKnownText(const Scene& scene, const std::wstring& text);
 
 // Entries of the table of texts that no call of this scene is meant by. A call that the product no
 // longer makes can't fail, so its text would be missed in silence.

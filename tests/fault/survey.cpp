@@ -78,6 +78,14 @@ std::string Describe(const Point& point) {
   return point.name + ' ' + point.text;
 }
 
+Lines DescribeWithSteps(const std::vector<Point>& points) {
+  Lines lines;
+  for (const Point& point : points) {
+    lines.push_back('[' + point.step + "] " + Describe(point));
+  }
+  return lines;
+}
+
 Lines SettledLines(const Stage& stage, const std::vector<Point>& points, size_t index) {
   const Point& settled = points[points[index].waitsForNetsh() ? index + 1 : index];
   netmodel::Network network = settled.network;

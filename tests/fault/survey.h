@@ -30,6 +30,8 @@ struct Point {
 
 // `name text`
 std::string Describe(const Point& point);
+// `[step] name text` of each.
+Lines DescribeWithSteps(const std::vector<Point>& points);
 
 // What is left of the network when every call from this one on has no effect, or is never made:
 // netsh, once started, does its work, and adapters vanish with the programs that brought them.

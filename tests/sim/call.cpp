@@ -12,6 +12,12 @@ namespace {
 
 thread_local std::uint32_t lastError = 0;
 
+// In front of the machine's locks, whose passing from thread to thread is an order too.
+std::shared_ptr<Machine> MachineInTurn(const char* name) {
+  Scheduler::PassAt(name);
+  return Machine::Current();
+}
+
 }  // namespace
 
 Arg::Arg(const wchar_t* text) : text_(text == nullptr ? "null" : '"' + Narrow(text) + '"') {}
@@ -32,7 +38,7 @@ std::string Arg::Text(const Handles& handles) const {
 }
 
 Call::Call(const char* name, std::initializer_list<Arg> arguments)
-    : name_(name), machine_(Machine::Current()) {
+    : name_(name), machine_(MachineInTurn(name)) {
   if (!machine_) {
     std::fprintf(stderr, "sim: %s was called with no machine installed\n", name);
     std::abort();
@@ -55,8 +61,8 @@ void Call::Judge(const std::string& text) {
     machine_->Crash(process_);
     Park();
   }
-  machine_->calls.Add(
-      {name_, text, machine_->clock.Now(), process_->id, verdict.failure.has_value()});
+  machine_->calls.Add({name_, text, machine_->clock.Now(), process_->id,
+                       verdict.failure.has_value(), Scheduler::ThreadNumber()});
   if (!verdict.hooks.empty()) {
     lock_.unlock();  // a hook may wait for another thread
     for (const std::function<void()>& hook : verdict.hooks) {
@@ -79,6 +85,7 @@ void Call::Park() {
   lock_ = MachineLock();
   process_.reset();
   machine_.reset();  // the machine is not kept alive by what a dead process left on its stack
+  Scheduler::Leave();
   ParkForEver();
 }
 

@@ -17,6 +17,7 @@ struct CallRecord {
   std::uint64_t time = 0;  // of the virtual clock
   std::uint32_t processId = 0;
   bool failed = false;  // by an injected fault
+  int thread = 0;       // its number with a scheduler; 0 without
 };
 
 class CallLog {

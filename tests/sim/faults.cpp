@@ -23,7 +23,7 @@ void Faults::FailAlways(const std::string& name, std::optional<std::uint32_t> co
 
 void Faults::FailAt(std::uint64_t k) {
   const MachineLock lock = core_.Lock();
-  failAt_ = k;
+  failAt_.insert(k);
 }
 
 void Faults::FailFrom(std::uint64_t k) {
@@ -71,7 +71,8 @@ void Faults::ResetCount() {
 
 void Faults::Clear() {
   const MachineLock lock = core_.Lock();
-  fallible_ = failAt_ = failFrom_ = killAt_ = 0;
+  fallible_ = failFrom_ = killAt_ = 0;
+  failAt_.clear();
   named_.clear();
   hooks_.clear();
   hooksByCount_.clear();
@@ -111,7 +112,7 @@ Faults::Verdict Faults::Judge(const std::string& name) {
     verdict.hooks.insert(verdict.hooks.end(), found->second.begin(), found->second.end());
   }
   verdict.kill = k == killAt_;
-  if (!verdict.failure && (k == failAt_ || (failFrom_ != 0 && k >= failFrom_))) {
+  if (!verdict.failure && (failAt_.contains(k) || (failFrom_ != 0 && k >= failFrom_))) {
     verdict.failure = api.defaultCode;
   }
   return verdict;

@@ -9,6 +9,7 @@
 #include <functional>
 #include <map>
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -31,7 +32,8 @@ class Faults {
   void Fail(const std::string& name, Choice choice);
   void FailAlways(const std::string& name, std::optional<std::uint32_t> code = std::nullopt);
 
-  // The k-th fallible call of all, counted from the last ResetCount, with its default code.
+  // The k-th fallible call of all, counted from the last ResetCount, with its default code. Several
+  // may be chosen.
   void FailAt(std::uint64_t k);
   void FailFrom(std::uint64_t k);
   // The process that makes the k-th call dies in front of it: see RunProcess.
@@ -82,7 +84,7 @@ class Faults {
   std::vector<NamedHook> hooks_;
   std::map<std::uint64_t, std::vector<std::function<void()>>> hooksByCount_;
   std::map<std::string, std::uint64_t> delays_;
-  std::uint64_t failAt_ = 0;
+  std::set<std::uint64_t> failAt_;
   std::uint64_t failFrom_ = 0;
   std::uint64_t killAt_ = 0;
 };

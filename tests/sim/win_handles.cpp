@@ -33,6 +33,7 @@ void Sleep(DWORD milliseconds) {
     call->clock.Advance(milliseconds);
   }
   std::this_thread::yield();  // a loop that sleeps leaves room for the thread that ends it
+  sim::Scheduler::Rest();
 }
 
 namespace {
@@ -111,7 +112,8 @@ HANDLE CreateThread(SECURITY_ATTRIBUTES* /*attributes*/, SIZE_T /*stackSize*/,
   const auto object = std::make_shared<sim::ThreadObject>();
   std::shared_ptr<sim::Machine> machine = sim::Machine::Current();
   const std::uint32_t processId = call.process()->id;
-  std::thread([machine = std::move(machine), object, processId, start, parameter]() mutable {
+  sim::Scheduler::StartThread("a thread of CreateThread", [machine = std::move(machine), object,
+                                                           processId, start, parameter] {
     machine->BindThisThread(processId);
     (void)start(parameter);
     const sim::MachineLock lock = machine->Lock();

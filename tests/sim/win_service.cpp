@@ -58,10 +58,11 @@ BOOL StartServiceCtrlDispatcherW(const SERVICE_TABLE_ENTRYW* table) {
   call.Release();
   std::thread serviceThread;
   services.Dispatch(table->lpServiceProc, table->lpServiceName, [&](std::function<void()> body) {
-    serviceThread = std::thread([machine, processId, body = std::move(body)] {
-      machine->BindThisThread(processId);
-      body();
-    });
+    serviceThread = sim::Scheduler::StartThread("the service's thread",
+                                                [machine, processId, run = std::move(body)] {
+                                                  machine->BindThisThread(processId);
+                                                  run();
+                                                });
   });
   serviceThread.join();
   return TRUE;
