@@ -1,8 +1,6 @@
 #include "src/runtime/service_log.h"
 
 #include <windows.h>
-#include <io.h>
-#include <share.h>
 
 #include <cstdio>
 
@@ -28,10 +26,9 @@ OVERLAPPED TurnByte() {
   return place;
 }
 
-// The runtime appends in two steps, the way to the file's end and the writing, and a long line in
-// several writes: between them another process's line would be overwritten or torn. Waiting has an
-// end, since whoever can read the log can also hold the byte; the line is then written all the
-// same.
+// Wine looks for the file's end and writes there in two steps, and so may a remote file system:
+// between them another process's line would be overwritten or torn. Waiting has an end, since
+// whoever can read the log can also hold the byte; the line is then written all the same.
 bool TakeTurn(HANDLE file) {
   for (int attempt = 0; attempt < kTurnAttempts; ++attempt) {
     OVERLAPPED place = TurnByte();
@@ -47,14 +44,23 @@ bool TakeTurn(HANDLE file) {
   return false;
 }
 
-void Append(std::FILE* file, const std::string& bytes) {
-  auto* const handle = reinterpret_cast<HANDLE>(_get_osfhandle(_fileno(file)));
-  const bool hasTurn = TakeTurn(handle);
-  (void)std::fwrite(bytes.data(), 1, bytes.size(), file);
-  (void)std::fflush(file);  // within the turn
+// The place that stands for the file's end, wherever that is by then: on a disk of Windows finding
+// it and writing there are one step, with a turn or without.
+OVERLAPPED FileEnd() {
+  OVERLAPPED place = {};
+  place.Offset = 0xFFFFFFFF;
+  place.OffsetHigh = 0xFFFFFFFF;
+  return place;
+}
+
+void Append(HANDLE file, const std::string& bytes) {
+  const bool hasTurn = TakeTurn(file);
+  OVERLAPPED end = FileEnd();
+  DWORD written = 0;
+  (void)WriteFile(file, bytes.data(), static_cast<DWORD>(bytes.size()), &written, &end);
   if (hasTurn) {
     OVERLAPPED place = TurnByte();
-    (void)UnlockFileEx(handle, 0, 1, 0, &place);  // at the latest, closing the file does it
+    (void)UnlockFileEx(file, 0, 1, 0, &place);  // at the latest, closing the file does it
   }
 }
 
@@ -78,8 +84,9 @@ void WriteLog(const std::wstring& message) {
   if (g_consoleEcho.load() != 0) {
     WriteConsoleText(stdout, message + L'\n');
   }
-  const UniqueFile file(
-      _wfsopen((g_runtimeDir + L'\\' + kServiceLogFile).c_str(), L"ab", _SH_DENYNO));
+  const KernelHandle file(CreateFileW((g_runtimeDir + L'\\' + kServiceLogFile).c_str(),
+                                      GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
+                                      OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr));
   if (!file) {
     return;
   }

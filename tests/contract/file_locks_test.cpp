@@ -1,8 +1,4 @@
-// Locks on a range of a file that is open as a stream.
-#include <io.h>
-#include <share.h>
-
-#include <cstdio>
+// Locks on a range of a file, and writes at its end.
 #include <string>
 
 #include "tests/contract/world.h"
@@ -13,7 +9,9 @@ namespace {
 // What the log's writers take turns with: a lock on a byte far behind the file's end.
 class Turn {
  public:
-  explicit Turn(const std::wstring& path) : file_(_wfsopen(path.c_str(), L"ab", _SH_DENYNO)) {}
+  explicit Turn(const std::wstring& path)
+      : file_(CreateFileW(path.c_str(), GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
+                          OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr)) {}
   ~Turn() { Close(); }
   Turn(const Turn&) = delete;
   Turn& operator=(const Turn&) = delete;
@@ -22,19 +20,24 @@ class Turn {
   DWORD Take() {
     OVERLAPPED place = Place();
     constexpr DWORD kFlags = LOCKFILE_EXCLUSIVE_LOCK | LOCKFILE_FAIL_IMMEDIATELY;
-    return LockFileEx(Handle(), kFlags, 0, 1, 0, &place) != FALSE ? NO_ERROR : GetLastError();
+    return LockFileEx(file_, kFlags, 0, 1, 0, &place) != FALSE ? NO_ERROR : GetLastError();
   }
   DWORD End() {
     OVERLAPPED place = Place();
-    return UnlockFileEx(Handle(), 0, 1, 0, &place) != FALSE ? NO_ERROR : GetLastError();
+    return UnlockFileEx(file_, 0, 1, 0, &place) != FALSE ? NO_ERROR : GetLastError();
   }
   bool Write(const std::string& bytes) {
-    return std::fwrite(bytes.data(), 1, bytes.size(), file_) == bytes.size() &&
-           std::fflush(file_) == 0;
+    OVERLAPPED end = {};
+    end.Offset = 0xFFFFFFFF;
+    end.OffsetHigh = 0xFFFFFFFF;
+    DWORD written = 0;
+    return WriteFile(file_, bytes.data(), static_cast<DWORD>(bytes.size()), &written, &end) !=
+               FALSE &&
+           written == bytes.size();
   }
   void Close() {
-    if (file_ != nullptr) (void)std::fclose(file_);
-    file_ = nullptr;
+    if (file_ != INVALID_HANDLE_VALUE) CloseHandle(file_);
+    file_ = INVALID_HANDLE_VALUE;
   }
 
  private:
@@ -43,9 +46,8 @@ class Turn {
     place.OffsetHigh = 0x7FFFFFFF;
     return place;
   }
-  HANDLE Handle() { return reinterpret_cast<HANDLE>(_get_osfhandle(_fileno(file_))); }
 
-  std::FILE* file_;
+  HANDLE file_;
 };
 
 using FileLock = ContractTest;
@@ -73,6 +75,31 @@ TEST_F(FileLock, ClosingAFileEndsItsLock) {
   EXPECT_EQ(first.Take(), 0u);
   first.Close();
   EXPECT_EQ(second.Take(), 0u);
+}
+
+using FileEnd = ContractTest;
+
+TEST_F(FileEnd, AWriteThereFindsWhatOthersHaveWrittenMeanwhile) {
+  const std::wstring path = Put(L"log", "old\n");
+  Turn first(path);
+  Turn second(path);
+  EXPECT_TRUE(first.Write("one\n"));
+  EXPECT_TRUE(second.Write("two\n"));
+  EXPECT_TRUE(first.Write("three\n"));
+  EXPECT_EQ(Bytes(path), "old\none\ntwo\nthree\n");
+}
+
+TEST_F(FileEnd, OpeningTellsAFileThatWasThereFromANewOne) {
+  const std::wstring path = world.directory() + L"\\new";
+  SetLastError(77);
+  Turn(path).Close();
+  EXPECT_EQ(GetLastError(), 0u);
+  Turn(path).Close();
+  EXPECT_EQ(GetLastError(), 183u);  // ERROR_ALREADY_EXISTS
+  Turn(world.directory() + L"\\no\\x").Close();
+  EXPECT_EQ(GetLastError(), 3u);
+  Turn(world.directory()).Close();
+  EXPECT_EQ(GetLastError(), 5u);
 }
 
 }  // namespace

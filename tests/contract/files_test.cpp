@@ -136,17 +136,6 @@ TEST_F(File, TheCurrentDirectoryHasToBeOne) {
 
 using Stream = ContractTest;
 
-std::string Bytes(const std::wstring& path) {
-  std::string bytes(256, '\0');
-  std::FILE* const file = _wfsopen(path.c_str(), L"rb", _SH_DENYNO);
-  if (file == nullptr) {
-    return "(not opened)";
-  }
-  bytes.resize(std::fread(bytes.data(), 1, bytes.size(), file));
-  std::fclose(file);
-  return bytes;
-}
-
 TEST_F(Stream, BinaryModesTruncateOrAppendAndChangeNoByte) {
   const std::wstring path = Put(L"a", "one\ntwo\r\n");
   EXPECT_EQ(Bytes(path), "one\ntwo\r\n");

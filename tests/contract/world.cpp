@@ -13,6 +13,17 @@ std::wstring ProgramPath() {
   return path;
 }
 
+std::string Bytes(const std::wstring& path) {
+  std::string bytes(256, '\0');
+  std::FILE* const file = _wfsopen(path.c_str(), L"rb", _SH_DENYNO);
+  if (file == nullptr) {
+    return "(not opened)";
+  }
+  bytes.resize(std::fread(bytes.data(), 1, bytes.size(), file));
+  std::fclose(file);
+  return bytes;
+}
+
 std::wstring ContractTest::Put(const std::wstring& name, const std::string& bytes) {
   const std::wstring path = world.directory() + L"\\" + name;
   std::FILE* const file = _wfsopen(path.c_str(), L"wb", _SH_DENYNO);

@@ -66,6 +66,9 @@ inline std::wstring ChildLine(const std::wstring& behaviour) {
   return L"\"" + ProgramPath() + L"\" --contract-child " + behaviour;
 }
 
+// The file's first 256 bytes.
+std::string Bytes(const std::wstring& path);
+
 class ContractTest : public ::testing::Test {
  protected:
   // A file with these bytes in the test's directory; gives its path.

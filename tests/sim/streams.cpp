@@ -116,8 +116,8 @@ bool ParseOpenMode(const std::wstring& text, OpenMode* mode) {
   return known && (rest.empty() || (parsed.unicode && parsed.text));
 }
 
-int Streams::Open(const std::wstring& path, const OpenMode& mode, Sharing sharing,
-                  std::string origin, std::uint32_t processId, std::FILE** file) {
+int Streams::OpenFile(const std::wstring& path, const OpenMode& mode, Sharing sharing,
+                      std::unique_ptr<Stream>* opened) {
   const MachineLock lock = core_.Lock();
   std::unique_ptr<Stream> stream = std::make_unique<Stream>();
   const int error = files_.Open(path, mode.write, &stream->node);
@@ -137,6 +137,18 @@ int Streams::Open(const std::wstring& path, const OpenMode& mode, Sharing sharin
   }
   if (mode.write && mode.unicode && stream->node->content.empty()) {
     Append(*stream, kByteOrderMark);
+  }
+  *opened = std::move(stream);
+  return 0;
+}
+
+int Streams::Open(const std::wstring& path, const OpenMode& mode, Sharing sharing,
+                  std::string origin, std::uint32_t processId, std::FILE** file) {
+  const MachineLock lock = core_.Lock();
+  std::unique_ptr<Stream> stream;
+  const int error = OpenFile(path, mode, sharing, &stream);
+  if (error != 0) {
+    return error;
   }
   const std::string kind = "stream " + Narrow(stream->node->path);
   *file = Attach(std::move(stream), {kind, std::move(origin), processId});
@@ -169,14 +181,6 @@ std::FILE* Streams::Attach(std::unique_ptr<Stream> stream, OpenItem item) {
 Stream* Streams::Find(std::FILE* file) {
   const MachineLock lock = core_.Lock();
   const auto found = open_.find(file);
-  return found == open_.end() ? nullptr : found->second.stream.get();
-}
-
-Stream* Streams::FindByDescriptor(int descriptor) {
-  const MachineLock lock = core_.Lock();
-  const auto found = std::find_if(open_.begin(), open_.end(), [descriptor](const auto& entry) {
-    return entry.second.stream->node && entry.second.stream->descriptor == descriptor;
-  });
   return found == open_.end() ? nullptr : found->second.stream.get();
 }
 

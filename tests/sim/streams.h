@@ -47,13 +47,14 @@ class Streams {
   Streams(Core& core, Files& files, std::vector<std::string>& violations)
       : core_(core), files_(files), violations_(violations) {}
 
-  // errno, or 0 and the stream.
+  // Both: errno, or 0 and the stream. The first one is a file without a FILE*.
+  int OpenFile(const std::wstring& path, const OpenMode& mode, Sharing sharing,
+               std::unique_ptr<Stream>* stream);
   int Open(const std::wstring& path, const OpenMode& mode, Sharing sharing, std::string origin,
            std::uint32_t processId, std::FILE** file);
   std::FILE* OpenConsole(std::string* sink);
   // Null for a FILE* that is not of this machine.
   Stream* Find(std::FILE* file);
-  Stream* FindByDescriptor(int descriptor);
   // One unit of wide text; false when it can't be written.
   bool PutUnit(Stream& stream, wchar_t unit);
   void DropAllOf(std::uint32_t processId);

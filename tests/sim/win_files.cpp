@@ -1,5 +1,6 @@
 // Files by name, paths, the environment.
 #include "tests/sim/call.h"
+#include "tests/sim/file_handle.h"
 #include "tests/sim/file_time.h"
 #include "tests/sim/path.h"
 #include "tests/sim/text.h"
@@ -35,24 +36,12 @@ DWORD FillText(const std::wstring& text, LPWSTR buffer, DWORD size) {
   return static_cast<DWORD>(text.size());
 }
 
-// What stands for the handle behind a stream: its descriptor, beyond every real handle's value.
-constexpr std::intptr_t kStreamHandles = 0x70000000;
-
-sim::Stream* StreamBehind(const Call& call, HANDLE file) {
-  const std::intptr_t value = reinterpret_cast<std::intptr_t>(file) - kStreamHandles;
-  return call->streams.FindByDescriptor(static_cast<int>(value));
-}
-
 struct FindObject : sim::Object {
   sim::Family family() const override { return sim::Family::kFind; }
   std::string Describe() const override { return "find handle"; }
 };
 
 }  // namespace
-
-std::intptr_t _get_osfhandle(int descriptor) {
-  return kStreamHandles + descriptor;
-}
 
 // One range of a file at a time; whoever holds it, holds all of it.
 BOOL LockFileEx(HANDLE file, DWORD flags, DWORD /*reserved*/, DWORD countLow, DWORD /*countHigh*/,
@@ -61,15 +50,11 @@ BOOL LockFileEx(HANDLE file, DWORD flags, DWORD /*reserved*/, DWORD countLow, DW
   if (call.failed()) {
     return call.Fail(FALSE);
   }
-  const sim::Stream* const stream = StreamBehind(call, file);
-  if (stream == nullptr) {
+  const auto opened = call.Kernel<sim::FileHandle>(file);
+  if (!opened) {
     return call.Fail(FALSE, ERROR_INVALID_HANDLE);
   }
-  if (stream->node->rangeHolder != nullptr) {
-    return call.Fail(FALSE, ERROR_LOCK_VIOLATION);
-  }
-  stream->node->rangeHolder = stream;
-  return TRUE;
+  return opened->LockRange() ? TRUE : call.Fail(FALSE, ERROR_LOCK_VIOLATION);
 }
 
 BOOL UnlockFileEx(HANDLE file, DWORD /*reserved*/, DWORD countLow, DWORD /*countHigh*/,
@@ -78,12 +63,11 @@ BOOL UnlockFileEx(HANDLE file, DWORD /*reserved*/, DWORD countLow, DWORD /*count
   if (call.failed()) {
     return call.Fail(FALSE);
   }
-  const sim::Stream* const stream = StreamBehind(call, file);
-  if (stream == nullptr || stream->node->rangeHolder != stream) {
-    return call.Fail(FALSE, stream == nullptr ? ERROR_INVALID_HANDLE : ERROR_NOT_LOCKED);
+  const auto opened = call.Kernel<sim::FileHandle>(file);
+  if (!opened) {
+    return call.Fail(FALSE, ERROR_INVALID_HANDLE);
   }
-  stream->node->rangeHolder = nullptr;
-  return TRUE;
+  return opened->UnlockRange() ? TRUE : call.Fail(FALSE, ERROR_NOT_LOCKED);
 }
 
 BOOL DeleteFileW(LPCWSTR name) {

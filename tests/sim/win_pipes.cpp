@@ -1,5 +1,6 @@
 // Named pipes, and the security descriptors that they get.
 #include "tests/sim/call.h"
+#include "tests/sim/file_handle.h"
 #include "tests/sim/text.h"
 
 #include <windows.h>
@@ -253,8 +254,7 @@ HANDLE CreateFileW(LPCWSTR name, DWORD access, DWORD share, SECURITY_ATTRIBUTES*
     return call.Fail(INVALID_HANDLE_VALUE);
   }
   if (sim::Fold(name).rfind(L"\\\\.\\PIPE\\", 0) != 0) {
-    call->AddViolation("CreateFileW is modelled for pipes only, not for " + sim::Narrow(name));
-    return call.Fail(INVALID_HANDLE_VALUE, ERROR_NOT_SUPPORTED);
+    return sim::OpenToAppend(call, name, access, share, disposition);
   }
   std::shared_ptr<sim::PipeClientEnd> client;
   const std::uint32_t error = call->pipes.Connect(name, &client);
@@ -291,8 +291,7 @@ BOOL ReadFile(HANDLE file, LPVOID buffer, DWORD count, DWORD* read, OVERLAPPED* 
   return Finish(call, error);
 }
 
-BOOL WriteFile(HANDLE file, LPCVOID buffer, DWORD count, DWORD* written,
-               OVERLAPPED* /*overlapped*/) {
+BOOL WriteFile(HANDLE file, LPCVOID buffer, DWORD count, DWORD* written, OVERLAPPED* overlapped) {
   Call call("WriteFile", {file, count});
   *written = 0;
   if (call.failed()) {
@@ -306,6 +305,11 @@ BOOL WriteFile(HANDLE file, LPCVOID buffer, DWORD count, DWORD* written,
   if (const auto writer =
           std::dynamic_pointer_cast<sim::AnonymousWriter>(call.Kernel<sim::Object>(file))) {
     return WriteAnonymous(call, *writer->pipe, {static_cast<const char*>(buffer), count}, written);
+  }
+  if (const auto opened =
+          std::dynamic_pointer_cast<sim::FileHandle>(call.Kernel<sim::Object>(file))) {
+    return sim::WriteAtFileEnd(call, *opened, {static_cast<const char*>(buffer), count}, overlapped,
+                               written);
   }
   count = call->pipes.TakeLimit(count);
   if (count == 0) {

@@ -27,6 +27,15 @@ class ControlTest : public ProductTest {
     const std::vector<std::string> opened = machine.calls.TextsOf("_wfsopen");
     return std::count(opened.begin(), opened.end(), R"("C:\run\account.json", "rb", 64)");
   }
+  // Calls of a function whose arguments begin like this: the log is written with the same functions
+  // as the pipe.
+  std::ptrdiff_t CallsWith(const std::string& name, const std::string& beginning) {
+    const std::vector<std::string> texts = machine.calls.TextsOf(name);
+    return std::count_if(texts.begin(), texts.end(),
+                         [&](const std::string& text) { return text.starts_with(beginning); });
+  }
+  std::ptrdiff_t PipeWrites() { return CallsWith("WriteFile", "pipe"); }
+  std::ptrdiff_t PipeConnections() { return CallsWith("CreateFileW", R"("\\.\pipe\)"); }
   std::string Log() { return machine.files.Read(L"C:\\run\\tavrin-service.log").value_or(""); }
   std::string GeneratedConfig() {
     return machine.files.Read(L"C:\\run\\session.json.xray.json").value_or("");

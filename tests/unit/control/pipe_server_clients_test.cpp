@@ -131,7 +131,7 @@ TEST_F(PipeServer, ClientThatConnectsAndLeavesIsLoggedAndTheNextIsServed) {
 
 TEST_F(PipeServer, ClientThatLeavesBeforeTheReplyIsLoggedAndTheNextIsServed) {
   sim::PipeClient client(machine);
-  machine.faults.Before("WriteFile", 1, [&] { client.Close(); });
+  machine.faults.Before("WriteFile", 2, [&] { client.Close(); });  // the first is the log's
   unit::BackgroundServer server(machine, Serve);
   ASSERT_TRUE(client.Connect());
   ASSERT_TRUE(client.SendFrame(kStatus));
@@ -145,7 +145,7 @@ TEST_F(PipeServer, SecondClientDuringAConnectGetsInOnlyAfterTheReply) {
   std::uint32_t during = 0;
   std::uint32_t beforeReply = 0;
   machine.faults.Before("CreateJobObjectW", 1, [&] { during = second.TryConnect(); });
-  machine.faults.Before("WriteFile", 1, [&] { beforeReply = second.TryConnect(); });
+  machine.faults.Before("WriteFile", 2, [&] { beforeReply = second.TryConnect(); });
   unit::BackgroundServer server(machine, Serve);
   EXPECT_EQ(Exchange(kConnect), kOkRunning);
   EXPECT_EQ(during, 231u);  // busy

@@ -123,7 +123,7 @@ TEST_F(EntryPoint, InstallBeatsEverythingElse) {
     EXPECT_TRUE(machine.services.Find("TavrinService").has_value());
   }
   EXPECT_EQ(machine.pipes.Created().size(), 0u);
-  EXPECT_EQ(machine.calls.Count("_wfsopen"), 0u);  // neither command writes to the log
+  EXPECT_EQ(machine.calls.Count("CreateFileW"), 0u);  // neither command writes to the log
 }
 
 TEST_F(EntryPoint, InstallFreezesTheGivenDirectoryUntested) {

@@ -30,11 +30,12 @@ TEST_F(OwnerWatchTest, OwnerIsOpenedForWaitingAloneAndWaitedForWithoutLimit) {
   g_ownerPid = kOwner;
   EXPECT_EQ(OwnerWatch(nullptr), 0u);
   EXPECT_EQ(
-      machine.calls.Sequence(
-          {"OpenProcess", "WaitForSingleObject", "CloseHandle", "_wfsopen", "CreateFileW"}),
+      machine.calls.Sequence({"OpenProcess", "WaitForSingleObject", "CloseHandle", "CreateFileW"}),
       (std::vector<std::string>{
           "OpenProcess 0x100000, own, 777", "WaitForSingleObject process TavrinUi.exe, infinite",
-          "CloseHandle process TavrinUi.exe", R"(_wfsopen "C:\run\tavrin-service.log", "ab", 64)",
+          "CloseHandle process TavrinUi.exe",
+          R"(CreateFileW "C:\run\tavrin-service.log", 0x40000000, 3, 4, 0x80)",
+          R"(CloseHandle file C:\run\tavrin-service.log)",
           R"(CreateFileW "\\.\pipe\TavrinService", 0xC0000000, 0, 3, 0x80)"}));
 }
 
@@ -54,7 +55,7 @@ TEST_F(OwnerWatchTest, LineIsLoggedBeforeTheStopIsRequested) {
   machine.processes.ExitAfter(kOwner, 1, 0);
   g_ownerPid = kOwner;
   int seen = -1;
-  machine.faults.Before("_wfsopen", 1, [&] { seen = g_stopRequested; });
+  machine.faults.Before("CreateFileW", 1, [&] { seen = g_stopRequested; });
   (void)OwnerWatch(nullptr);
   EXPECT_EQ(seen, 0);
 }

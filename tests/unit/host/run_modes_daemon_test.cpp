@@ -90,8 +90,10 @@ TEST_F(DaemonMode, WatchIsStartedBeforeTheServerAndItsHandleClosedAtOnce) {
       machine.calls.Sequence({"CreateThread", "SetCurrentDirectoryW"});
   EXPECT_EQ(sequence, (std::vector<std::string>{"CreateThread ", R"(SetCurrentDirectoryW "C:\run")",
                                                 "CreateThread "}));
-  EXPECT_EQ(machine.calls.Sequence({"CloseHandle", "SetCurrentDirectoryW"}).front(),
-            "CloseHandle thread");
+  const std::vector<std::string> closed =
+      machine.calls.Sequence({"CloseHandle", "SetCurrentDirectoryW"});
+  EXPECT_EQ(closed.at(0), R"(CloseHandle file C:\run\tavrin-service.log)");
+  EXPECT_EQ(closed.at(1), "CloseHandle thread");
 }
 
 TEST_F(DaemonMode, EndOfTheOwnerEndsAWaitingServer) {
@@ -126,7 +128,7 @@ TEST_F(DaemonMode, TunnelIsDownBeforeTheLastLineIsLogged) {
   EXPECT_EQ(Exchange(kConnect), kOkRunning);
   std::vector<std::string> alive = {"not seen"};
   // What stands at the end is from the last line.
-  machine.faults.BeforeEach("_wfsopen", [&] { alive = machine.processes.Alive(); });
+  machine.faults.BeforeEach("LockFileEx", [&] { alive = machine.processes.Alive(); });
   WakeControlPipe();
   ASSERT_TRUE(server.Ends());
   EXPECT_EQ(alive, std::vector<std::string>());

@@ -152,7 +152,7 @@ TEST_F(InstallServiceTest, ModulePathThatIsUnknownIsFrozenAsEmpty) {
 TEST_F(InstallServiceTest, NothingIsWrittenToTheLog) {
   (void)InstallService();
   (void)UninstallService();
-  EXPECT_EQ(machine.calls.Count("_wfsopen"), 0u);
+  EXPECT_EQ(machine.calls.Count("CreateFileW"), 0u);
 }
 
 }  // namespace

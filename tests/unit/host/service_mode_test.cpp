@@ -84,10 +84,11 @@ TEST_F(ServiceMode, LogLinesStandBetweenTheReports) {
   SendAtFirstWait(SERVICE_CONTROL_STOP);
   (void)RunUnderServiceManager();
   std::vector<std::string> sequence;
-  for (const std::string& line : machine.calls.Sequence(
-           {"RegisterServiceCtrlHandlerExW", "SetServiceStatus", "_wfsopen", "CreateNamedPipeW"})) {
+  for (const std::string& line :
+       machine.calls.Sequence({"RegisterServiceCtrlHandlerExW", "SetServiceStatus", "CreateFileW",
+                               "CreateNamedPipeW"})) {
     const bool ofTheLog = line.find("tavrin-service.log") != std::string::npos;
-    if (line.find("_wfsopen") == std::string::npos || ofTheLog) {
+    if (line.find("CreateFileW") == std::string::npos || ofTheLog) {
       sequence.push_back(ofTheLog ? "log" : line.substr(0, line.find(',')));
     }
   }
@@ -192,12 +193,14 @@ TEST_F(ServiceMode, HandlerWithoutAStatusHandleReportsNothingButStops) {
 TEST_F(ServiceMode, StopPendingIsReportedBeforeThePipeIsWoken) {
   SendAtFirstWait(SERVICE_CONTROL_STOP);
   (void)RunUnderServiceManager();
-  EXPECT_EQ(
-      machine.calls.Sequence({"SetServiceStatus", "CreateFileW"}),
-      (std::vector<std::string>{"SetServiceStatus 2, 0, 0, 2000", "SetServiceStatus 4, 5, 0, 0",
-                                "SetServiceStatus 3, 5, 0, 4000",
-                                R"(CreateFileW "\\.\pipe\TavrinService", 0xC0000000, 0, 3, 0x80)",
-                                "SetServiceStatus 1, 5, 0, 0"}));
+  EXPECT_EQ(machine.calls.Sequence({"SetServiceStatus", "CreateFileW"}),
+            (std::vector<std::string>{
+                "SetServiceStatus 2, 0, 0, 2000",
+                R"(CreateFileW "C:\run\tavrin-service.log", 0x40000000, 3, 4, 0x80)",
+                "SetServiceStatus 4, 5, 0, 0", "SetServiceStatus 3, 5, 0, 4000",
+                R"(CreateFileW "\\.\pipe\TavrinService", 0xC0000000, 0, 3, 0x80)",
+                R"(CreateFileW "C:\run\tavrin-service.log", 0x40000000, 3, 4, 0x80)",
+                "SetServiceStatus 1, 5, 0, 0"}));
 }
 
 TEST_F(ServiceMode, OwnerIsNeverLookedAt) {

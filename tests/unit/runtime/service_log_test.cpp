@@ -50,12 +50,18 @@ TEST_F(ServiceLog, TextOutsideAsciiIsUtf8WithoutAByteOrderMark) {
             "ipc error=\xE8\xAF\xB7\xE5\x85\x88\xE5\x9C\xA8Tavrin\xE7\x99\xBB\xE5\xBD\x95\n");
 }
 
-TEST_F(ServiceLog, FileIsAppendedToInBinaryModeAndSharedWithEverybody) {
+TEST_F(ServiceLog, FileIsSharedWithEverybodyAndMadeWhenItIsMissing) {
   WriteLog(L"one");
   WriteLog(L"two");
-  EXPECT_EQ(machine.calls.TextsOf("_wfsopen"),
-            (std::vector<std::string>{R"("C:\run\tavrin-service.log", "ab", 64)",
-                                      R"("C:\run\tavrin-service.log", "ab", 64)"}));
+  EXPECT_EQ(machine.calls.TextsOf("CreateFileW"),
+            (std::vector<std::string>{R"("C:\run\tavrin-service.log", 0x40000000, 3, 4, 0x80)",
+                                      R"("C:\run\tavrin-service.log", 0x40000000, 3, 4, 0x80)"}));
+}
+
+TEST_F(ServiceLog, LongLineIsOneWriteToo) {
+  WriteLog(std::wstring(20000, L'a'));
+  EXPECT_EQ(machine.calls.Count("WriteFile"), 1u);
+  EXPECT_EQ(Log(), std::string(20000, 'a') + '\n');
 }
 
 TEST_F(ServiceLog, NoStreamStaysOpenBetweenLines) {
@@ -154,15 +160,18 @@ TEST_F(ServiceLog, FileCanBeReadAndAppendedToByOthersMeanwhile) {
   EXPECT_EQ(Log(), "one\ntwo\nother process\nthree\n");
 }
 
-// Two processes append to one file, and the runtime's append is no single step.
+// Two processes append to one file, and not everywhere is an append a single step.
 TEST_F(ServiceLog, LineIsWrittenInATurnOnAByteThatNoReaderMeets) {
   std::string inTurn = "not seen";
   machine.faults.Before("UnlockFileEx", 1, [&] { inTurn = Log(); });
+  machine.calls.Clear();
   WriteLog(L"one");
+  EXPECT_EQ(machine.calls.Names(),
+            (std::vector<std::string>{"CreateFileW", "WideCharToMultiByte", "WideCharToMultiByte",
+                                      "LockFileEx", "WriteFile", "UnlockFileEx", "CloseHandle"}));
   EXPECT_EQ(
-      machine.calls.Sequence({"_wfsopen", "LockFileEx", "UnlockFileEx"}),
-      (std::vector<std::string>{R"(_wfsopen "C:\run\tavrin-service.log", "ab", 64)",
-                                "LockFileEx 3, 1, 0x7FFFFFFF", "UnlockFileEx 1, 0x7FFFFFFF"}));
+      machine.calls.Sequence({"LockFileEx", "UnlockFileEx"}),
+      (std::vector<std::string>{"LockFileEx 3, 1, 0x7FFFFFFF", "UnlockFileEx 1, 0x7FFFFFFF"}));
   EXPECT_EQ(inTurn, "one\n");
 }
 
@@ -209,7 +218,7 @@ TEST_F(ServiceLog, SecondThreadWaitsWithItsEchoUntilTheFirstLineIsInTheFile) {
   g_consoleEcho = 1;
   std::thread second;
   std::string echoed;
-  machine.faults.Before("_wfsopen", 1, [&] {
+  machine.faults.Before("CreateFileW", 1, [&] {
     second = std::thread([] { WriteLog(L"two"); });
     std::this_thread::sleep_for(std::chrono::milliseconds(50));
     echoed = machine.console.Output();

@@ -25,7 +25,6 @@ std::FILE* _wfsopen(const wchar_t* name, const wchar_t* mode, int sharing);
 errno_t _wfopen_s(std::FILE** file, const wchar_t* name, const wchar_t* mode);
 int _setmode(int descriptor, int mode);
 int _fileno(std::FILE* file);
-std::intptr_t _get_osfhandle(int descriptor);
 int _wtoi(const wchar_t* text);
 int _fseeki64(std::FILE* file, long long offset, int origin);
 
