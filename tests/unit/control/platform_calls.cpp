@@ -58,14 +58,16 @@ CallCounts BySteps(const Records& records, const std::vector<std::string>& steps
   return counts;
 }
 
-// Moves the calls of one line of the log from the first step to a step of their own.
-void TakeOutLog(const std::map<std::string, int>& line, const std::string& first,
-                CallCounts& counts) {
-  for (const auto& [call, count] : line) {
-    counts[first][call] -= count;
-    std::erase_if(counts[first], [](const auto& entry) { return entry.second == 0; });
+// Takes the calls of one line of the log out of `records`, wherever they stand.
+void TakeOutLog(const Records& line, Records& records) {
+  const auto isSameCall = [](const sim::CallRecord& a, const sim::CallRecord& b) {
+    return a.name == b.name;
+  };
+  const auto found =
+      std::search(records.begin(), records.end(), line.begin(), line.end(), isSameCall);
+  if (found != records.end()) {
+    records.erase(found, found + static_cast<std::ptrdiff_t>(line.size()));
   }
-  counts["log"] = line;
 }
 
 // A daemon on a machine whose helpers need no time.
@@ -84,7 +86,7 @@ class CountedService {
     vpn::SetRuntimeDir(kRuntimeDir);
     machine_.calls.Clear();
     vpn::WriteLog(L"ipc op=connect");
-    logLine_ = Count(machine_.calls.All());
+    logLine_ = machine_.calls.All();
     machine_.calls.Clear();
   }
 
@@ -102,14 +104,12 @@ class CountedService {
     if (!ask("connect", R"({"ok":true,"running":true,"error":""})")) {
       return false;
     }
-    run.connect = BySteps(machine_.calls.All(), StepsOfAConnect());
-    TakeOutLog(logLine_, StepsOfAConnect().front(), run.connect);
+    run.connect = counts(StepsOfAConnect());
     run.idleMinute["idle"] = Count(idleCalls());
     if (!ask("disconnect", R"({"ok":true,"running":false,"error":""})")) {
       return false;
     }
-    run.disconnect = BySteps(machine_.calls.All(), {"stop", "reply"});
-    TakeOutLog(logLine_, "stop", run.disconnect);
+    run.disconnect = counts({"stop", "reply"});
     vpn::WakeControlPipe();
     return server.Ends();
   }
@@ -125,6 +125,14 @@ class CountedService {
   bool waits() {
     return Eventually([this] { return machine_.calls.Count("ConnectNamedPipe") == 1; });
   }
+  // Of what the call log holds.
+  CallCounts counts(const std::vector<std::string>& steps) const {
+    Records records = machine_.calls.All();
+    TakeOutLog(logLine_, records);
+    CallCounts counts = BySteps(records, steps);
+    counts["log"] = Count(logLine_);
+    return counts;
+  }
   Records idleCalls() {
     machine_.calls.Clear();
     machine_.clock.Advance(60'000);
@@ -134,7 +142,7 @@ class CountedService {
 
   sim::InstalledMachine installed_;
   sim::Machine& machine_ = *installed_;
-  std::map<std::string, int> logLine_;
+  Records logLine_;
 };
 
 }  // namespace
