@@ -10,9 +10,8 @@ namespace {
 // `at` is a position of the text. The needle is never put together: most calls look for one of the
 // short keys of a short text.
 bool IsQuotedKey(std::string_view text, size_t at, std::string_view key) {
-  const std::string_view rest = text.substr(at);
-  return rest.size() >= key.size() + 2 && rest.front() == '"' && rest[key.size() + 1] == '"' &&
-         rest.substr(1).starts_with(key);
+  return text.size() - at >= key.size() + 2 && text[at] == '"' &&
+         text[at + key.size() + 1] == '"' && text.substr(at + 1, key.size()) == key;
 }
 
 }  // namespace

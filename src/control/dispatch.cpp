@@ -1,5 +1,6 @@
 #include "src/control/dispatch.h"
 
+#include <algorithm>
 #include <string>
 #include <string_view>
 
@@ -16,15 +17,17 @@
 namespace vpn {
 namespace {
 
-// For the log alone, so nothing is decoded: each byte becomes one 16-bit unit. A `char` has a sign
-// here and keeps it, so the byte 0xE4 becomes the unit 0xFFE4.
-std::wstring WidenBytes(std::string_view bytes) {
-  std::wstring text;
-  for (const char byte : bytes) {
+// "ipc op=" and the operation. For the log alone, so nothing is decoded: each byte becomes one
+// 16-bit unit. A `char` has a sign here and keeps it, so the byte 0xE4 becomes the unit 0xFFE4.
+std::wstring OpLine(std::string_view op) {
+  constexpr std::wstring_view kPrefix = L"ipc op=";
+  std::wstring line(kPrefix.size() + op.size(), L'\0');
+  wchar_t* const behindPrefix = std::copy(kPrefix.begin(), kPrefix.end(), line.data());
+  std::transform(op.begin(), op.end(), behindPrefix, [](char byte) {
     const auto value = static_cast<unsigned char>(byte);
-    text += static_cast<wchar_t>(value < 0x80 ? value : 0xFF00 | value);
-  }
-  return text;
+    return static_cast<wchar_t>(value < 0x80 ? value : 0xFF00 | value);
+  });
+  return line;
 }
 
 Status Shutdown() {
@@ -36,7 +39,7 @@ Status Shutdown() {
   return Status::success();
 }
 
-Status RunOperation(const std::string& op, const std::string& request) {
+Status RunOperation(std::string_view op, const std::string& request) {
   if (op == "connect") {
     return ConnectOperation(Utf8ToWide(RequestField(request, "node")));
   }
@@ -65,7 +68,7 @@ void HandleClient(HANDLE pipe) {
     return;
   }
   const std::string op = RequestOp(request);
-  WriteLog(L"ipc op=" + WidenBytes(op));
+  WriteLog(OpLine(op));
   const Status outcome = RunOperation(op, request);
   if (!outcome) {
     WriteLog(L"ipc error=" + outcome.text());

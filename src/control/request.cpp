@@ -5,15 +5,22 @@
 namespace vpn {
 namespace {
 
+// Up to the closing quote or the end of the text. A backslash gives way to the byte behind it.
 std::string ReadQuoted(std::string_view text, size_t at) {
   std::string value;
-  for (; at < text.size() && text[at] != '"'; ++at) {
-    if (text[at] == '\\' && at + 1 < text.size()) {
+  for (;;) {
+    const size_t from = at;
+    while (at < text.size() && text[at] != '"' && text[at] != '\\') {
       ++at;
     }
+    value += text.substr(from, at - from);
+    if (at == text.size() || text[at] == '"') {
+      return value;
+    }
+    at += at + 1 < text.size() ? 1 : 0;
     value += text[at];
+    ++at;
   }
-  return value;
 }
 
 }  // namespace
