@@ -86,6 +86,9 @@ void Scheduler::Run() {
       }
     }
   }
+  while (gone_.load(std::memory_order_acquire) != count_.load(kPlain)) {
+    std::this_thread::yield();
+  }
   for (auto& [participant, thread] : threads_) {
     participant->neverEnds.load(kPlain) ? thread.detach() : thread.join();
   }
@@ -110,8 +113,10 @@ void Scheduler::Enter(Participant& participant) {
 
 void Scheduler::Leave() {
   if (Participant* const self = std::exchange(own_, nullptr)) {
+    Scheduler& scheduler = *self->scheduler;
     self->state.store(State::kEnded, kPlain);
-    self->scheduler->GiveUpTurn();
+    scheduler.GiveUpTurn();
+    scheduler.gone_.fetch_add(1, std::memory_order_release);
   }
 }
 

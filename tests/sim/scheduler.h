@@ -121,6 +121,7 @@ class Scheduler {
   std::atomic<std::size_t> count_{0};
   std::atomic<int> last_{0};  // the number of the thread that got its turn last
   std::atomic<std::uint32_t> over_{0};
+  std::atomic<std::size_t> gone_{0};  // threads that will not touch this object again
   std::array<Participant, kMostThreads> participants_;
   std::vector<std::pair<const Participant*, std::thread>> threads_;  // of Add
 };
