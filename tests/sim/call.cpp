@@ -85,7 +85,7 @@ void Call::Park() {
   lock_ = MachineLock();
   process_.reset();
   machine_.reset();  // the machine is not kept alive by what a dead process left on its stack
-  Scheduler::Leave();
+  Scheduler::LeaveForEver();
   ParkForEver();
 }
 
@@ -102,6 +102,16 @@ void Call::Block(const std::function<bool()>& done) {
   if (process_->crashed) {
     Park();
   }
+}
+
+void Call::Join(std::thread& thread) {
+  lock_.lock();
+  if (process_->crashed) {
+    thread.detach();
+    Park();
+  }
+  lock_.unlock();
+  thread.join();
 }
 
 void Call::SetThreadError(std::uint32_t code) {

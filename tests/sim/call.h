@@ -8,6 +8,7 @@
 #include <initializer_list>
 #include <memory>
 #include <string>
+#include <thread>
 
 #include "tests/sim/machine.h"
 
@@ -81,6 +82,8 @@ class Call {
   [[noreturn]] void EndProcess(std::uint32_t exitCode);
   // Gives the lock back early, for a function that goes on without the machine.
   void Release() { lock_.unlock(); }
+  // The end of a released call that has started a thread: waits for it, or dies with the process.
+  void Join(std::thread& thread);
   MachineLock& lock() { return lock_; }
 
   static void SetThreadError(std::uint32_t code);

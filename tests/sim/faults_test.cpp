@@ -49,6 +49,15 @@ TEST_F(FaultCalls, TheKthFallibleCallOfAllFails) {
   EXPECT_EQ(machine.faults.FallibleCount(), 3u) << "closing is not counted";
 }
 
+TEST_F(FaultCalls, SeveralCallsOfAllFail) {
+  machine.faults.FailAt(1);
+  machine.faults.FailAt(3);
+  EXPECT_FALSE(HasJob());
+  EXPECT_TRUE(HasJob());
+  EXPECT_FALSE(HasJob());
+  EXPECT_TRUE(HasJob());
+}
+
 TEST_F(FaultCalls, AFailedCallHasDoneNothing) {
   machine.files.Put(L"C:\\run\\a", "text");
   machine.faults.FailAlways("DeleteFileW");

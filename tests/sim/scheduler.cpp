@@ -15,7 +15,7 @@
 namespace sim {
 namespace {
 
-constexpr std::uint64_t kMostTurns = 2'000'000;
+constexpr std::uint64_t kMostCalls = 1'000'000;
 constexpr std::time_t kPatience = 120;  // seconds of real time without any turn
 
 // ThreadSanitizer would take a synchronising hand-over for an order that the product itself keeps.
@@ -69,7 +69,7 @@ Scheduler::~Scheduler() = default;
 
 void Scheduler::Add(std::string name, std::function<void()> body) {
   Participant& participant = Admit(std::move(name));
-  threads_.emplace_back([&participant, run = std::move(body)] {
+  threads_.emplace_back(&participant, [&participant, run = std::move(body)] {
     Enter(participant);
     run();
     Leave();
@@ -86,8 +86,11 @@ void Scheduler::Run() {
       }
     }
   }
-  for (std::thread& thread : threads_) {
-    thread.join();
+  while (gone_.load(std::memory_order_acquire) != count_.load(kPlain)) {
+    std::this_thread::yield();
+  }
+  for (auto& [participant, thread] : threads_) {
+    participant->neverEnds.load(kPlain) ? thread.detach() : thread.join();
   }
   threads_.clear();
 }
@@ -110,8 +113,17 @@ void Scheduler::Enter(Participant& participant) {
 
 void Scheduler::Leave() {
   if (Participant* const self = std::exchange(own_, nullptr)) {
+    Scheduler& scheduler = *self->scheduler;
     self->state.store(State::kEnded, kPlain);
-    self->scheduler->GiveUpTurn();
+    scheduler.GiveUpTurn();
+    scheduler.gone_.fetch_add(1, std::memory_order_release);
+  }
+}
+
+void Scheduler::LeaveForEver() {
+  if (own_ != nullptr) {
+    own_->neverEnds.store(true, kPlain);
+    Leave();
   }
 }
 
@@ -129,7 +141,9 @@ std::thread Scheduler::StartThread(const char* name, std::function<void()> body)
 
 void Scheduler::PassOn(const char* place) {
   own_->place.store(place, kPlain);
-  calls_.fetch_add(1, kPlain);
+  if (calls_.fetch_add(1, kPlain) > kMostCalls) {
+    GiveUp("no end in sight");
+  }
   if (switchesOnceIn_ != 0 && Random(switchesOnceIn_) == 0) {
     GiveUpTurn();
   }
@@ -200,9 +214,7 @@ void Scheduler::GiveUpTurn() {
 }
 
 void Scheduler::HandTo(Participant& next) {
-  if (turns_.fetch_add(1, kPlain) > kMostTurns) {
-    GiveUp("no end in sight");
-  }
+  turns_.fetch_add(1, kPlain);
   next.state.store(State::kReady, kPlain);
   last_.store(next.number, kPlain);
   SetFlag(next.turn);

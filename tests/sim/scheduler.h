@@ -22,6 +22,7 @@
 #include <functional>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 namespace sim {
@@ -74,8 +75,8 @@ class Scheduler {
   // The same until `Free` is called for this lock.
   static void BlockOn(const void* lock);
   static void Free(const void* lock);
-  // This thread will not run again.
-  static void Leave();
+  // This thread will not run again, and may never end.
+  static void LeaveForEver();
   // A thread that takes part when its maker does.
   static std::thread StartThread(const char* name, std::function<void()> body);
 
@@ -89,6 +90,7 @@ class Scheduler {
     std::atomic<State> state{State::kReady};
     std::atomic<bool> canEnd{false};
     std::atomic<bool> timedOut{false};
+    std::atomic<bool> neverEnds{false};
     std::atomic<std::uint64_t> awaited{0};  // the change that it has seen, or a number of calls
     std::atomic<const void*> lock{nullptr};
     std::atomic<const char*> place{"its start"};
@@ -97,6 +99,7 @@ class Scheduler {
 
   Participant& Admit(std::string name);
   static void Enter(Participant& participant);
+  static void Leave();
   void PassOn(const char* place);
   // Hands the turn on and, unless the thread has ended, waits for the next one.
   void GiveUpTurn();
@@ -118,8 +121,9 @@ class Scheduler {
   std::atomic<std::size_t> count_{0};
   std::atomic<int> last_{0};  // the number of the thread that got its turn last
   std::atomic<std::uint32_t> over_{0};
+  std::atomic<std::size_t> gone_{0};  // threads that will not touch this object again
   std::array<Participant, kMostThreads> participants_;
-  std::vector<std::thread> threads_;  // of Add
+  std::vector<std::pair<const Participant*, std::thread>> threads_;  // of Add
 };
 
 }  // namespace sim

@@ -74,7 +74,8 @@ void Services::Serve(MachineLock& lock, Control& control) {
 }
 
 bool Services::Dispatch(LPSERVICE_MAIN_FUNCTIONW serviceMain, const std::wstring& name,
-                        const std::function<void(std::function<void()>)>& startThread) {
+                        const std::function<void(std::function<void()>)>& startThread,
+                        const std::function<bool()>& hasDied) {
   MachineLock lock = core_.Lock();
   dispatching_ = true;
   startThread([this, serviceMain, name] {
@@ -85,9 +86,9 @@ bool Services::Dispatch(LPSERVICE_MAIN_FUNCTIONW serviceMain, const std::wstring
     mainReturned_ = true;
     core_.changed.notify_all();
   });
-  while (!IsOver()) {
-    core_.changed.wait(lock, [this] { return IsOver() || !controls_.empty(); });
-    if (!controls_.empty()) {
+  while (!IsOver() && !hasDied()) {
+    core_.changed.wait(lock, [&] { return IsOver() || hasDied() || !controls_.empty(); });
+    if (!controls_.empty() && !hasDied()) {
       const std::shared_ptr<Control> control = controls_.front();
       controls_.pop_front();
       Serve(lock, *control);

@@ -54,17 +54,19 @@ BOOL StartServiceCtrlDispatcherW(const SERVICE_TABLE_ENTRYW* table) {
     return call.Fail(FALSE, services.dispatcherError);
   }
   const std::shared_ptr<sim::Machine> machine = sim::Machine::Current();
-  const std::uint32_t processId = call.process()->id;
+  const std::shared_ptr<sim::Process> process = call.process();
   call.Release();
   std::thread serviceThread;
-  services.Dispatch(table->lpServiceProc, table->lpServiceName, [&](std::function<void()> body) {
+  const auto startThread = [&](std::function<void()> body) {
     serviceThread = sim::Scheduler::StartThread("the service's thread",
-                                                [machine, processId, run = std::move(body)] {
-                                                  machine->BindThisThread(processId);
+                                                [machine, process, run = std::move(body)] {
+                                                  machine->BindThisThread(process->id);
                                                   run();
                                                 });
-  });
-  serviceThread.join();
+  };
+  services.Dispatch(table->lpServiceProc, table->lpServiceName, startThread,
+                    [process] { return process->crashed; });
+  call.Join(serviceThread);
   return TRUE;
 }
 
