@@ -48,6 +48,7 @@ add_subdirectory(tests/soak)
 # Thousands of connects, one thread each: nothing for ThreadSanitizer, which would take long over them.
 if(NOT TAVRIN_SANITIZE STREQUAL "thread")
   add_subdirectory(tests/fault)
+  add_subdirectory(tests/sequence)
 endif()
 
 include(cmake/tidy.cmake)

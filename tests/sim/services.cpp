@@ -73,10 +73,13 @@ void Services::Serve(MachineLock& lock, Control& control) {
   core_.changed.notify_all();
 }
 
-bool Services::Dispatch(LPSERVICE_MAIN_FUNCTIONW serviceMain, const std::wstring& name,
-                        const std::function<void(std::function<void()>)>& startThread) {
+void Services::Dispatch(LPSERVICE_MAIN_FUNCTIONW serviceMain, const std::wstring& name,
+                        const std::function<void(std::function<void()>)>& startThread,
+                        const std::function<bool()>& isDead) {
   MachineLock lock = core_.Lock();
   dispatching_ = true;
+  mainReturned_ = false;  // of an earlier process on this machine
+  handler_ = nullptr;
   startThread([this, serviceMain, name] {
     std::wstring argument = name;
     LPWSTR arguments[] = {argument.data(), nullptr};
@@ -85,9 +88,9 @@ bool Services::Dispatch(LPSERVICE_MAIN_FUNCTIONW serviceMain, const std::wstring
     mainReturned_ = true;
     core_.changed.notify_all();
   });
-  while (!IsOver()) {
-    core_.changed.wait(lock, [this] { return IsOver() || !controls_.empty(); });
-    if (!controls_.empty()) {
+  while (!IsOver() && !isDead()) {
+    core_.changed.wait(lock, [&] { return IsOver() || isDead() || !controls_.empty(); });
+    if (!controls_.empty() && !isDead()) {
       const std::shared_ptr<Control> control = controls_.front();
       controls_.pop_front();
       Serve(lock, *control);
@@ -95,7 +98,6 @@ bool Services::Dispatch(LPSERVICE_MAIN_FUNCTIONW serviceMain, const std::wstring
   }
   dispatching_ = false;
   core_.changed.notify_all();
-  return true;
 }
 
 bool Services::RegisterHandler(const std::wstring& name, LPHANDLER_FUNCTION_EX handler,

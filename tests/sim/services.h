@@ -61,8 +61,10 @@ class Services {
   std::optional<ServiceRecord> Find(const std::string& name) const;
 
   // For the platform's calls ----------------------------------------------------------------------
-  bool Dispatch(LPSERVICE_MAIN_FUNCTIONW serviceMain, const std::wstring& name,
-                const std::function<void(std::function<void()>)>& startThread);
+  // Returns when the service has stopped, or when `isDead` holds: its process was killed.
+  void Dispatch(LPSERVICE_MAIN_FUNCTIONW serviceMain, const std::wstring& name,
+                const std::function<void(std::function<void()>)>& startThread,
+                const std::function<bool()>& isDead);
   bool RegisterHandler(const std::wstring& name, LPHANDLER_FUNCTION_EX handler, void* context);
   bool Report(const SERVICE_STATUS& status);
   std::shared_ptr<ServiceRecord> FindRecord(const std::wstring& name) const;

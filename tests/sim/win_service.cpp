@@ -1,6 +1,7 @@
 // The service manager.
 #include "tests/sim/call.h"
 #include "tests/sim/text.h"
+#include "tests/sim/threads.h"
 
 #include <windows.h>
 
@@ -53,16 +54,22 @@ BOOL StartServiceCtrlDispatcherW(const SERVICE_TABLE_ENTRYW* table) {
   if (!services.startedByManager) {
     return call.Fail(FALSE, services.dispatcherError);
   }
-  const std::shared_ptr<sim::Machine> machine = sim::Machine::Current();
-  const std::uint32_t processId = call.process()->id;
+  std::shared_ptr<sim::Machine> machine = sim::Machine::Current();
+  const std::shared_ptr<sim::Process> process = call.process();
   call.Release();
   std::thread serviceThread;
-  services.Dispatch(table->lpServiceProc, table->lpServiceName, [&](std::function<void()> body) {
-    serviceThread = std::thread([machine, processId, body = std::move(body)] {
-      machine->BindThisThread(processId);
+  const auto startThread = [&](std::function<void()> body) {
+    serviceThread = std::thread([machine, id = process->id, body = std::move(body)] {
+      machine->BindThisThread(id);
       body();
     });
-  });
+  };
+  services.Dispatch(table->lpServiceProc, table->lpServiceName, startThread,
+                    [&process] { return process->crashed; });
+  if (process->crashed) {
+    machine.reset();
+    sim::ParkForEver();
+  }
   serviceThread.join();
   return TRUE;
 }
