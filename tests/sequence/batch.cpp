@@ -18,7 +18,8 @@ namespace sequence {
 namespace {
 
 constexpr std::uint64_t kSeedsOfAProcess = 100;
-constexpr unsigned kSecondsOfASequence = 120;  // real ones; only a sequence that hangs takes so long
+constexpr unsigned kSecondsOfASequence =
+    120;  // real ones; only a sequence that hangs takes so long
 
 std::string ThisProgram() {
   std::array<char, PATH_MAX> path{};
@@ -50,8 +51,8 @@ int ReadLines(const std::string& command, const std::function<void(const std::st
 }
 
 std::string WordsOf(const Outcome& outcome, const Events& events) {
-  std::string text = "event " + std::to_string(outcome.at) + ", " +
-                     TextOf(events[outcome.at - 1]) + ":\n";
+  std::string text =
+      "event " + std::to_string(outcome.at) + ", " + TextOf(events[outcome.at - 1]) + ":\n";
   for (const std::string& difference : outcome.differences) {
     text += "  " + difference + "\n";
   }
@@ -69,8 +70,8 @@ std::string Explain(std::uint64_t seed) {
   const Events fewest = Shrink(events, Fails);
   const std::string command = Command("--events '" + TextOf(fewest) + "'");
   std::string text = "seed " + std::to_string(seed) + " fails; " + std::to_string(events.size()) +
-                     " events, " + std::to_string(fewest.size()) + " of them are enough. Replay:\n" +
-                     command + "\n";
+                     " events, " + std::to_string(fewest.size()) +
+                     " of them are enough. Replay:\n" + command + "\n";
   (void)ReadLines(command, [&text](const std::string& line) { text += line + "\n"; });
   return text;
 }
@@ -101,27 +102,26 @@ class Batches {
   void RunOne(Range range) {
     std::uint64_t at = range.from;
     bool failed = false;
-    const int code = ReadLines(
-        Command("--worker --seed " + std::to_string(range.from) + " --count " +
-                std::to_string(range.count)),
-        [&](const std::string& line) {
-          std::istringstream words(line);
-          std::string kind;
-          std::string state;
-          std::string event;
-          std::uint64_t count = 0;
-          if (std::getline(words, kind, '\t'); kind == "seed") {
-            words >> at;
-          } else if (kind == "failed") {
-            failed = true;
-          } else if (kind == "met") {
-            std::getline(words, state, '\t');
-            std::getline(words, event, '\t');
-            words >> count;
-            const std::lock_guard<std::mutex> lock(mutex_);
-            report_.table.Add(state, event, count);
-          }
-        });
+    const int code = ReadLines(Command("--worker --seed " + std::to_string(range.from) +
+                                       " --count " + std::to_string(range.count)),
+                               [&](const std::string& line) {
+                                 std::istringstream words(line);
+                                 std::string kind;
+                                 std::string state;
+                                 std::string event;
+                                 std::uint64_t count = 0;
+                                 if (std::getline(words, kind, '\t'); kind == "seed") {
+                                   words >> at;
+                                 } else if (kind == "failed") {
+                                   failed = true;
+                                 } else if (kind == "met") {
+                                   std::getline(words, state, '\t');
+                                   std::getline(words, event, '\t');
+                                   words >> count;
+                                   const std::lock_guard<std::mutex> lock(mutex_);
+                                   report_.table.Add(state, event, count);
+                                 }
+                               });
     const std::lock_guard<std::mutex> lock(mutex_);
     if (failed || code != 0) {
       report_.done += at - range.from;

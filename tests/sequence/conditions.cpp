@@ -25,9 +25,8 @@ void SetPhysical(Network& network, const std::string& value) {
   Adapter& wired = Wired(network);
   Adapter& wireless = *network.FindByAlias("WLAN");
   if (value == "lost") {  // all of them, in the middle of something
-    std::erase_if(network.routes, [](const Route& route) {
-      return route.prefixLength == 0 && route.nextHop != 0;
-    });
+    std::erase_if(network.routes,
+                  [](const Route& route) { return route.prefixLength == 0 && route.nextHop != 0; });
     return;
   }
   wired.friendlyName = value == "renamed" ? kWiredRenamed : kWired;
@@ -110,8 +109,8 @@ std::uint32_t Ip(const std::string& text) {
 }
 
 netmodel::Adapter* OwnAdapter(Network& network) {
-  const auto found = std::find_if(
-      network.adapters.begin(), network.adapters.end(), [](const Adapter& adapter) {
+  const auto found =
+      std::find_if(network.adapters.begin(), network.adapters.end(), [](const Adapter& adapter) {
         return adapter.friendlyName.starts_with("tavrin") &&
                adapter.description == "tun2socks Tunnel" &&
                adapter.operStatus == netmodel::kOperStatusUp;
@@ -142,11 +141,11 @@ Node Conditions::AccountNode() const {
 }
 
 std::vector<Node> Conditions::PanelNodes() const {
-  static const auto& lists = *new std::vector<std::vector<Node>>{
-      {{"Tokyo", "198.51.100.7"}, {"Osaka", "198.51.100.9"}},
-      {{"Osaka", "198.51.100.9"}, {"Kyoto", "node.example"}},
-      {{"Tokyo", "198.51.100.12"}, {"Tokyo", "198.51.100.13"}},
-      {}};
+  static const auto& lists =
+      *new std::vector<std::vector<Node>>{{{"Tokyo", "198.51.100.7"}, {"Osaka", "198.51.100.9"}},
+                                          {{"Osaka", "198.51.100.9"}, {"Kyoto", "node.example"}},
+                                          {{"Tokyo", "198.51.100.12"}, {"Tokyo", "198.51.100.13"}},
+                                          {}};
   return lists[static_cast<size_t>(std::stoi(values.at("node")))];
 }
 

@@ -22,16 +22,16 @@ struct Node {
 // By the names and values of events: `xray:deaf` sets "xray" to "deaf".
 struct Conditions {
   std::map<std::string, std::string> values = {
-      {"account", "local"}, {"node", "0"}, {"hosts", "0"}, {"names", "0"}, {"files", "ok"},
-      {"dir", "back"},      {"disk", "ok"}, {"panel", "ok"}, {"xray", "ok"}, {"tun", "ok"},
+      {"account", "local"}, {"node", "0"},  {"hosts", "0"},   {"names", "0"},  {"files", "ok"},
+      {"dir", "back"},      {"disk", "ok"}, {"panel", "ok"},  {"xray", "ok"},  {"tun", "ok"},
       {"netsh", "ok"},      {"vpn", "off"}, {"proxy", "off"}, {"port", "free"}};
 
   const std::string& operator[](const char* name) const { return values.at(name); }
   // True for an event that is no more than a new value of a condition.
   bool Takes(const std::string& name, const std::string& value);
 
-  bool HasPanel() const;          // panel.json names one
-  Node AccountNode() const;       // of account.json
+  bool HasPanel() const;     // panel.json names one
+  Node AccountNode() const;  // of account.json
   std::vector<Node> PanelNodes() const;
   // The addresses of the panel's hosts in the order in which a start comes to them.
   std::vector<std::string> HostAddresses() const;

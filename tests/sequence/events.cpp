@@ -36,12 +36,24 @@ const EventKind& KindOf(const std::string& name) {
 
 // Where in a connect or disconnect something happens: in front of the n-th call of a function.
 std::string SomePlace(Dice& dice) {
-  static const auto& functions = *new std::vector<std::string>{
-      "Sleep", "GetAdaptersAddresses", "WaitForSingleObject", "CreateProcessW", "connect",
-      "CreateIpForwardEntry2", "DeleteIpForwardEntry2", "GetIpForwardTable2", "_wfopen_s",
-      "ConvertInterfaceAliasToLuid", "TerminateProcess", "CreateJobObjectW", "ResumeThread",
-      "AssignProcessToJobObject", "SetInterfaceDnsSettings", "CreateUnicastIpAddressEntry",
-      "WinHttpSendRequest", "GetFileAttributesW"};
+  static const auto& functions = *new std::vector<std::string>{"Sleep",
+                                                               "GetAdaptersAddresses",
+                                                               "WaitForSingleObject",
+                                                               "CreateProcessW",
+                                                               "connect",
+                                                               "CreateIpForwardEntry2",
+                                                               "DeleteIpForwardEntry2",
+                                                               "GetIpForwardTable2",
+                                                               "_wfopen_s",
+                                                               "ConvertInterfaceAliasToLuid",
+                                                               "TerminateProcess",
+                                                               "CreateJobObjectW",
+                                                               "ResumeThread",
+                                                               "AssignProcessToJobObject",
+                                                               "SetInterfaceDnsSettings",
+                                                               "CreateUnicastIpAddressEntry",
+                                                               "WinHttpSendRequest",
+                                                               "GetFileAttributesW"};
   const std::string& function = functions[dice.Below(functions.size())];
   return "@" + function + "#" + std::to_string(1 + dice.Below(dice.Percent(30) ? 12 : 4));
 }
@@ -104,8 +116,10 @@ const std::vector<EventKind>& AllEventKinds() {
       {"bad", {"op", "none", "number", "text", "case"}, 4},
       {"frame", {"empty", "huge", "left", "cut", "slow"}, 4},
       {"gone", {"status", "connect", "disconnect"}, 3},
-      {"account", {"local", "panel", "none", "expired", "damaged", "gone", "stranger", "nodeless",
-                   "signedout", "noplan"}, -7},
+      {"account",
+       {"local", "panel", "none", "expired", "damaged", "gone", "stranger", "nodeless", "signedout",
+        "noplan"},
+       -7},
       {"node", {"0", "1", "2", "3"}, -5},
       {"hosts", {"0", "1", "2"}, -3},
       {"names", {"0", "1", "2"}, -3},

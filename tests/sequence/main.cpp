@@ -23,8 +23,8 @@ std::uint64_t Number(const std::map<std::string, std::string>& options, const ch
 
 int RunMany(const std::map<std::string, std::string>& options) {
   const std::uint64_t count = Number(options, "--count", 1);
-  const Report report = sequence::RunAll({Number(options, "--seed", 0), count},
-                                         Number(options, "--jobs", 1));
+  const Report report =
+      sequence::RunAll({Number(options, "--seed", 0), count}, Number(options, "--jobs", 1));
   if (!report.failure.empty()) {
     std::printf("%s%llu sequences held before it\n", report.failure.c_str(),
                 static_cast<unsigned long long>(report.done));

@@ -7,8 +7,8 @@
 namespace sequence {
 namespace {
 
-constexpr std::uint64_t kLifetime = 90'000;        // of a fetched account
-constexpr std::uint64_t kStubbornness = 600'000;   // how long a stubborn child takes to die
+constexpr std::uint64_t kLifetime = 90'000;       // of a fetched account
+constexpr std::uint64_t kStubbornness = 600'000;  // how long a stubborn child takes to die
 const char* const kTunAddress = "192.168.123.1";
 const char* const kXray = "xray.exe";
 const char* const kTun = "tun2socks-windows-amd64.exe";
@@ -23,8 +23,9 @@ bool Contains(const Lines& lines, const std::string& line) {
 }
 
 bool IsVirtual(const std::string& alias) {
-  return alias.find("vEthernet") != std::string::npos || alias.find("VMware") != std::string::npos ||
-         alias.find("Loopback") != std::string::npos || alias.find("Wintun") != std::string::npos;
+  return alias.find("vEthernet") != std::string::npos ||
+         alias.find("VMware") != std::string::npos || alias.find("Loopback") != std::string::npos ||
+         alias.find("Wintun") != std::string::npos;
 }
 
 std::string Reply(bool ok, bool running, const std::string& error) {
@@ -65,6 +66,14 @@ bool Model::IsCertain(std::uint64_t now, std::uint64_t longest) const {
     return !child->dead && child->diesFrom != 0 && now + longest >= child->diesFrom &&
            now < child->diesTo;
   });
+}
+
+bool Model::IsCrowded() const {
+  const Service* const next = turns_.empty() ? nullptr : &services_[turns_.front()];
+  return next != nullptr && next->changed &&
+         std::any_of(children_.begin(), children_.end(), [&](const ChildPointer& child) {
+           return child->name == kTun && !child->dead && child != next->tun;
+         });
 }
 
 std::uint64_t Model::CacheAge(std::uint64_t now) const {
@@ -122,9 +131,10 @@ void Model::Route(bool add, const std::string& alias, const std::string& destina
   expected_.acts.push_back((add ? "add " : "delete ") + text +
                            (add ? " metric " + std::to_string(metric) : ""));
   const size_t slash = destination.find('/');
-  const netmodel::Route route = {adapter->luid, Ip(destination.substr(0, slash)),
-                                 static_cast<std::uint8_t>(std::stoi(destination.substr(slash + 1))),
-                                 Ip(nextHop), static_cast<std::uint32_t>(metric)};
+  const netmodel::Route route = {
+      adapter->luid, Ip(destination.substr(0, slash)),
+      static_cast<std::uint8_t>(std::stoi(destination.substr(slash + 1))), Ip(nextHop),
+      static_cast<std::uint32_t>(metric)};
   (void)(add ? network_.CreateRoute(route) : network_.DeleteRoute(route));
 }
 
@@ -178,7 +188,8 @@ Model::Fetched Model::Fetch() {
   if (account == "signedout") return {"请先登录", {}};
   if (!conditions_.HasPanel()) {
     if (account == "gone") return {"cannot read C:\\run\\account.json", {}};
-    if (account == "stranger" || account == "damaged") return {"session does not match account", {}};
+    if (account == "stranger" || account == "damaged")
+      return {"session does not match account", {}};
     if (account == "expired") return {"account expired", {}};
     if (account == "nodeless") return {"account.json is missing node fields", {}};
     return {"", {conditions_.AccountNode()}, true};
@@ -326,10 +337,12 @@ bool Model::ChildListens() const {
 
 std::string Model::Refusal() const {
   if (conditions_["vpn"] == "on") {
-    return "检测到其他 VPN 正在使用网络（Work）。请先退出 v2rayN / Clash 等客户端的 TUN 模式，再连接。";
+    return "检测到其他 VPN 正在使用网络（Work）。请先退出 v2rayN / Clash 等客户端的 TUN "
+           "模式，再连接。";
   }
   if (conditions_["proxy"] != "off") {
-    return "系统代理正在开启（" + std::string(conditions_["proxy"] == "on" ? "127.0.0.1:10809" : "未知") +
+    return "系统代理正在开启（" +
+           std::string(conditions_["proxy"] == "on" ? "127.0.0.1:10809" : "未知") +
            "）。请先关闭 v2rayN / Clash 等客户端的系统代理，再连接。";
   }
   if (portTaken_ || ChildListens()) {
@@ -458,8 +471,9 @@ void Model::StartService(size_t slot, const std::string& mode) {
 void Model::EndService(size_t slot) {
   Service& service = services_[slot];
   StopTunnel(service);
-  Log(service.mode == "console" ? "stopped." : service.mode == "service" ? "service stopped"
-                                                                       : "daemon stopped");
+  Log(service.mode == "console"   ? "stopped."
+      : service.mode == "service" ? "service stopped"
+                                  : "daemon stopped");
   service = Service();
 }
 
@@ -535,9 +549,9 @@ std::string Model::Carry(Service& service, const std::string& op, const std::str
 }
 
 void Model::KillChild(const char* name) {
-  const auto found = std::find_if(children_.begin(), children_.end(), [&](const ChildPointer& child) {
-    return !child->dead && child->name == name;
-  });
+  const auto found =
+      std::find_if(children_.begin(), children_.end(),
+                   [&](const ChildPointer& child) { return !child->dead && child->name == name; });
   if (found != children_.end()) Die(*found);
 }
 

@@ -33,7 +33,7 @@ struct Child {
   bool isStubborn = false;
   bool isOrphan = false;
   bool dead = false;
-  std::uint64_t luid = 0;               // of its adapter
+  std::uint64_t luid = 0;                  // of its adapter
   std::uint64_t diesFrom = 0, diesTo = 0;  // the span in which a stubborn one that was ended goes
 };
 using ChildPointer = std::shared_ptr<Child>;
@@ -46,6 +46,9 @@ class Model {
   std::string State() const;
   // False when the moment does not tell what the event has to do: a child may or may not be gone.
   bool IsCertain(std::uint64_t now, std::uint64_t longest) const;
+  // True when the service whose turn it is would start beside children of the other one, which it
+  // does not hunt while it has a tunnel of its own: two adapters of one name then race.
+  bool IsCrowded() const;
   Expected Apply(const Event& event, std::uint64_t now);
   void End(std::uint64_t now);  // of the event, when everything has come to rest
   // Takes over what an event of open outcome has left; all services were told to disconnect.
@@ -120,7 +123,7 @@ class Model {
   std::vector<ChildPointer> children_;
   std::string config_ = "none";
   bool portTaken_ = false;
-  std::uint64_t now_ = 0;      // moves with what takes time before the tunnel is touched
+  std::uint64_t now_ = 0;  // moves with what takes time before the tunnel is touched
   Expected expected_;
 };
 

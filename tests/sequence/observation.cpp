@@ -165,9 +165,8 @@ std::vector<ChildPointer> ChildrenOf(sim::Machine& machine) {
     child->luid = process->adapterLuid;
     child->isOrphan = process->script.adapter && process->script.adapter->vanishesAfter > 100;
     child->isStubborn = process->script.terminationTime != 0;
-    child->listens =
-        std::any_of(owners.begin(), owners.end(),
-                    [&](const auto& owner) { return owner.second == process->id; });
+    child->listens = std::any_of(owners.begin(), owners.end(),
+                                 [&](const auto& owner) { return owner.second == process->id; });
     children.push_back(child);
   }
   return children;

@@ -13,7 +13,7 @@ namespace sequence {
 struct Observed {
   std::string reply;
   Lines log;
-  Lines trace;     // labels
+  Lines trace;  // labels
   // What the calls of the event changed, in order: `start xray.exe`, `end xray.exe`, `job`,
   // `add "以太网" 203.0.113.77/32 via 192.168.1.1 metric 1`, `delete …`, `address …`,
   // `name server "1.1.1.1"`, `netsh interface …`.

@@ -11,7 +11,7 @@
 namespace sequence {
 namespace {
 
-constexpr std::uint64_t kSettling = 500;    // what is on its way arrives
+constexpr std::uint64_t kSettling = 500;     // what is on its way arrives
 constexpr std::uint64_t kLongest = 150'000;  // an event takes no longer
 constexpr std::uint64_t kLifetime = 90'000;  // of a fetched account
 
@@ -23,7 +23,8 @@ bool IsOpen(const Event& event) {
 // of its own adapter, and the IPv6 settings and name servers of the physical interface.
 Lines ForeignLines(const netmodel::Network& network) {
   static const auto& ours = *new std::regex(
-      "(route (以太网|以太网 2|WLAN) (203\\.0\\.113\\.(10|7[0-7])|198\\.51\\.100\\.(7|9|1[2-4]))/32 via "
+      "(route (以太网|以太网 2|WLAN) "
+      "(203\\.0\\.113\\.(10|7[0-7])|198\\.51\\.100\\.(7|9|1[2-4]))/32 via "
       "192\\.168\\.[12]\\.(1|254) .*)|"
       "((route|ipv6 route) tavrin( 9)? .*)|(adapter tavrin( 9)?: .*)|(ipv6 of tavrin( 9)?: .*)|"
       "(adapter (以太网|以太网 2|WLAN): .*)|(ipv6 of (以太网|以太网 2|WLAN): .*)|"
@@ -74,7 +75,8 @@ class Run {
       model_.End(Now());
       return Differences(model_, world_.machine());
     }
-    if (IsOpen(event)) {
+    const bool connects = event.name == "connect" || event.value == "connect";
+    if (IsOpen(event) || (connects && model_.IsCrowded())) {
       return OpenStep(event);
     }
     observer_.Begin();
@@ -104,7 +106,7 @@ class Run {
   void LetTimePass(const std::string& value) {
     sim::Clock& clock = world_.machine().clock;
     const std::uint64_t age = model_.CacheAge(Now());
-    const std::uint64_t wanted = value == "under" ? kLifetime - 1
+    const std::uint64_t wanted = value == "under"   ? kLifetime - 1
                                  : value == "exact" ? kLifetime
                                  : value == "over"  ? kLifetime + 1
                                                     : 0;
@@ -122,7 +124,7 @@ class Run {
   Lines OpenStep(const Event& event) {
     const Lines foreign = ForeignLines(model_.network());
     observer_.Begin();
-    const std::string reply = world_.CarryDisturbed(event);
+    const std::string reply = IsOpen(event) ? world_.CarryDisturbed(event) : world_.Carry(event);
     Lines found = CheckOpenReply(reply, event, model_.State() == "stopping");
     for (const std::string& line : observer_.Look("").log) {
       if (!IsKnownLogLine(line)) found.push_back("unknown log line: " + line);
@@ -144,7 +146,8 @@ class Run {
   }
 
   static Lines CheckOpenReply(const std::string& reply, const Event& event, bool isStopping) {
-    const bool mayBeNone = isStopping || event.name != "mid" || event.value.starts_with("kill");
+    const bool mayBeNone = isStopping || event.name == "gone" || event.name != "mid" ||
+                           event.value.starts_with("kill");
     if (reply == "nobody" || IsWellFormedReply(reply) || (mayBeNone && reply == "none")) {
       return {};
     }

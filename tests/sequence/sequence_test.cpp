@@ -60,9 +60,9 @@ TEST(SequenceShrinking, KeepsWhatTheFailureNeeds) {
     return std::any_of(events.begin(), events.end(),
                        [&](const Event& event) { return event.name == name; });
   };
-  const Events fewest =
-      Shrink(ParseEvents("a,b,c,d,e,f,g,h"),
-             [&](const Events& events) { return holds(events, "c") && holds(events, "g"); });
+  const Events fewest = Shrink(ParseEvents("a,b,c,d,e,f,g,h"), [&](const Events& events) {
+    return holds(events, "c") && holds(events, "g");
+  });
   EXPECT_EQ(TextOf(fewest), "c,g");
 }
 

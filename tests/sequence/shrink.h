@@ -8,8 +8,8 @@
 
 namespace sequence {
 
-// `fails` tells for a part of the sequence, in its order, whether it still fails. No single event of
-// the result can be left out.
+// `fails` tells for a part of the sequence, in its order, whether it still fails. No single event
+// of the result can be left out.
 Events Shrink(Events events, const std::function<bool(const Events&)>& fails);
 
 }  // namespace sequence

@@ -33,8 +33,8 @@ bool IsImpossible(const std::string& state, const std::string& event) {
 
 const std::vector<std::string>& Table::States() {
   static const auto& states = *new std::vector<std::string>{
-      "none", "leftovers", "idle", "leftovers, idle", "up", "up (panel)", "dead child",
-      "no adapter", "stopping", "two"};
+      "none",       "leftovers",  "idle",       "leftovers, idle", "up",
+      "up (panel)", "dead child", "no adapter", "stopping",        "two"};
   return states;
 }
 
@@ -77,9 +77,9 @@ std::string Table::Text() const {
     text += kind.name + std::string(12 - kind.name.size(), ' ');
     for (const std::string& state : States()) {
       const auto found = counts_.find({state, kind.name});
-      cell(found != counts_.end()              ? std::to_string(found->second)
+      cell(found != counts_.end()           ? std::to_string(found->second)
            : IsImpossible(state, kind.name) ? "-"
-                                              : "HOLE");
+                                            : "HOLE");
     }
     text += '\n';
   }

@@ -98,9 +98,9 @@ void World::PutAccount() {
   const Node node = conditions_.AccountNode();
   if (account != "none") {
     const bool ofPanel = account == "panel" || account == "noplan";
-    PutFile(L"session.json",
-            std::string(R"({"email":")") + (account == "stranger" ? "other" : "user") +
-                R"(@example.com")" + (ofPanel ? R"(,"auth_data":"Bearer x"})" : "}\n"));
+    PutFile(L"session.json", std::string(R"({"email":")") +
+                                 (account == "stranger" ? "other" : "user") + R"(@example.com")" +
+                                 (ofPanel ? R"(,"auth_data":"Bearer x"})" : "}\n"));
   }
   if (account == "damaged") {
     PutFile(L"account.json", R"({"email)");
