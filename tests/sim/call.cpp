@@ -69,6 +69,9 @@ void Call::Judge(const std::string& text) {
       hook();
     }
     lock_.lock();
+    if (process_->crashed) {
+      Park();
+    }
   }
   machine_->clock.Advance(verdict.delay);
   failed_ = verdict.failure.has_value();

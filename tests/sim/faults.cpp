@@ -36,6 +36,12 @@ void Faults::KillAt(std::uint64_t k) {
   killAt_ = k;
 }
 
+void Faults::KillBefore(const std::string& name, std::uint64_t nth) {
+  (void)FindApi(name);
+  const MachineLock lock = core_.Lock();
+  killBefore_[name] = countByName_[name] + nth;
+}
+
 void Faults::Before(const std::string& name, std::uint64_t nth, std::function<void()> hook) {
   (void)FindApi(name);
   const MachineLock lock = core_.Lock();
@@ -77,6 +83,7 @@ void Faults::Clear() {
   hooks_.clear();
   hooksByCount_.clear();
   delays_.clear();
+  killBefore_.clear();
 }
 
 std::optional<std::uint32_t> Faults::FailureByName(const std::string& name,
@@ -104,6 +111,8 @@ Faults::Verdict Faults::Judge(const std::string& name) {
     verdict.delay = delay->second;
   }
   verdict.failure = FailureByName(name, ordinal);
+  const auto killed = killBefore_.find(name);
+  verdict.kill = killed != killBefore_.end() && killed->second == ordinal;
   if (!api.counted) {
     return verdict;
   }
@@ -111,7 +120,7 @@ Faults::Verdict Faults::Judge(const std::string& name) {
   if (const auto found = hooksByCount_.find(k); found != hooksByCount_.end()) {
     verdict.hooks.insert(verdict.hooks.end(), found->second.begin(), found->second.end());
   }
-  verdict.kill = k == killAt_;
+  verdict.kill = verdict.kill || k == killAt_;
   if (!verdict.failure && (failAt_.contains(k) || (failFrom_ != 0 && k >= failFrom_))) {
     verdict.failure = api.defaultCode;
   }

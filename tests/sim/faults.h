@@ -38,6 +38,8 @@ class Faults {
   void FailFrom(std::uint64_t k);
   // The process that makes the k-th call dies in front of it: see RunProcess.
   void KillAt(std::uint64_t k);
+  // The process that makes the n-th call of this function from now on dies in front of it.
+  void KillBefore(const std::string& name, std::uint64_t nth);
 
   // Runs `hook` on the calling thread, without the machine's lock, in front of the n-th call of
   // this function from now on, or of the k-th fallible call of all.
@@ -87,6 +89,7 @@ class Faults {
   std::set<std::uint64_t> failAt_;
   std::uint64_t failFrom_ = 0;
   std::uint64_t killAt_ = 0;
+  std::map<std::string, std::uint64_t> killBefore_;  // in the count of each name
 };
 
 }  // namespace sim

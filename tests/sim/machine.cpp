@@ -111,7 +111,7 @@ ProcessRun Machine::RunProcess(std::function<void()> body) {
 
 void Machine::Finish(const std::shared_ptr<Process>& process) {
   const MachineLock lock = core_.Lock();
-  for (const std::string& open : OpenHandles()) {
+  for (const std::string& open : OpenHandlesOf(process->id)) {
     AddViolation("left open at the process's end: " + open);
   }
   CloseEverythingOf(process->id);
@@ -134,19 +134,29 @@ void Machine::CloseEverythingOf(std::uint32_t processId) {
 }
 
 std::vector<std::string> Machine::OpenHandles() const {
+  return OpenHandlesOf(0);
+}
+
+std::vector<std::string> Machine::OpenHandlesOf(std::uint32_t processId) const {
   Machine& self = const_cast<Machine&>(*this);
   const MachineLock lock = self.core_.Lock();
   std::vector<std::string> texts;
-  const auto add = [&texts](const std::vector<OpenItem>& items) {
+  const auto isMeant = [processId](std::uint32_t owner) {
+    return processId == 0 || owner == processId;
+  };
+  const auto add = [&](const std::vector<OpenItem>& items) {
     for (const OpenItem& item : items) {
-      texts.push_back(item.kind + " from " + item.origin);
+      if (isMeant(item.processId)) {
+        texts.push_back(item.kind + " from " + item.origin);
+      }
     }
   };
   add(handles.Open());
   add(resources.Open());
   add(streams.Open());
   for (const auto& [process, count] : winsockStarts) {
-    texts.insert(texts.end(), static_cast<size_t>(count), "Winsock from WSAStartup");
+    texts.insert(texts.end(), static_cast<size_t>(isMeant(process) ? count : 0),
+                 "Winsock from WSAStartup");
   }
   return texts;
 }

@@ -48,6 +48,8 @@
 
 namespace sim {
 
+struct ThreadObject;
+
 // Oddities of the IP Helper that the network model does not know.
 struct IpHelperOddities {
   std::uint64_t addressDelay = 0;  // virtual ms until a created address is seen
@@ -141,9 +143,12 @@ class Machine {
   void Crash(const std::shared_ptr<Process>& process, std::uint32_t exitCode = 1);
   void AddViolation(std::string text);
   std::map<std::uint32_t, int> winsockStarts;  // by process
+  std::shared_ptr<ThreadObject> newestThread;  // that CreateThread made
 
  private:
   std::shared_ptr<Process> AddOwnProcess();
+  // What is open and belongs to one process, or to any (0).
+  std::vector<std::string> OpenHandlesOf(std::uint32_t processId) const;
   void CloseEverythingOf(std::uint32_t processId);
   void Finish(const std::shared_ptr<Process>& process);
 

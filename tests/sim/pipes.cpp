@@ -39,6 +39,7 @@ std::uint32_t PipeServerEnd::StartConnect() {
       return ERROR_NO_DATA;
     default:
       instance->state = State::kListening;
+      instance->awaited = true;
       return kPending;
   }
 }
@@ -150,6 +151,15 @@ void Pipes::AddForeign(const std::wstring& name) {
   foreign->state = State::kDisconnected;
   foreign->settings.maxInstances = 1;
   instances_[Fold(name)].push_back(foreign);
+}
+
+size_t Pipes::CountAwaited(const std::wstring& name) const {
+  const MachineLock lock = core_.Lock();
+  const auto instances = InstancesOf(name);
+  return static_cast<size_t>(
+      std::count_if(instances.begin(), instances.end(), [](const auto& instance) {
+        return instance->awaited && instance->state == State::kListening;
+      }));
 }
 
 void Pipes::LimitNextTransfer(std::uint32_t bytes) {

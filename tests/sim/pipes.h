@@ -39,6 +39,7 @@ struct PipeInstance {
   State state = State::kListening;
   std::uint64_t connection = 0;  // counts the clients, so that an old client's end is told apart
   bool serverOpen = true;
+  bool awaited = false;  // the server is in ConnectNamedPipe, or was
   std::string toServer;
   std::string toClient;
 };
@@ -98,6 +99,9 @@ class Pipes {
   std::vector<PipeSettings> Created() const;
   // Another program's server of this name: an instance that stays busy for ever.
   void AddForeign(const std::wstring& name);
+  // How many servers of this name wait for a client in ConnectNamedPipe. One that has created its
+  // instance and has not come there yet would miss a client that leaves at once.
+  size_t CountAwaited(const std::wstring& name) const;
   // The next ReadFile or WriteFile of the product moves at most so many bytes, and with 0 succeeds
   // with none. Several queue up.
   void LimitNextTransfer(std::uint32_t bytes);

@@ -73,11 +73,13 @@ void Services::Serve(MachineLock& lock, Control& control) {
   core_.changed.notify_all();
 }
 
-bool Services::Dispatch(LPSERVICE_MAIN_FUNCTIONW serviceMain, const std::wstring& name,
+void Services::Dispatch(LPSERVICE_MAIN_FUNCTIONW serviceMain, const std::wstring& name,
                         const std::function<void(std::function<void()>)>& startThread,
                         const std::function<bool()>& hasDied) {
   MachineLock lock = core_.Lock();
   dispatching_ = true;
+  mainReturned_ = false;  // of an earlier process on this machine
+  handler_ = nullptr;
   startThread([this, serviceMain, name] {
     std::wstring argument = name;
     LPWSTR arguments[] = {argument.data(), nullptr};
@@ -96,7 +98,6 @@ bool Services::Dispatch(LPSERVICE_MAIN_FUNCTIONW serviceMain, const std::wstring
   }
   dispatching_ = false;
   core_.changed.notify_all();
-  return true;
 }
 
 bool Services::RegisterHandler(const std::wstring& name, LPHANDLER_FUNCTION_EX handler,

@@ -62,7 +62,7 @@ class Services {
 
   // For the platform's calls ----------------------------------------------------------------------
   // Returns when the service has stopped or the process has died.
-  bool Dispatch(LPSERVICE_MAIN_FUNCTIONW serviceMain, const std::wstring& name,
+  void Dispatch(LPSERVICE_MAIN_FUNCTIONW serviceMain, const std::wstring& name,
                 const std::function<void(std::function<void()>)>& startThread,
                 const std::function<bool()>& hasDied);
   bool RegisterHandler(const std::wstring& name, LPHANDLER_FUNCTION_EX handler, void* context);

@@ -112,6 +112,7 @@ HANDLE CreateThread(SECURITY_ATTRIBUTES* /*attributes*/, SIZE_T /*stackSize*/,
   const auto object = std::make_shared<sim::ThreadObject>();
   std::shared_ptr<sim::Machine> machine = sim::Machine::Current();
   const std::uint32_t processId = call.process()->id;
+  call->newestThread = object;
   sim::Scheduler::StartThread("a thread of CreateThread", [machine = std::move(machine), object,
                                                            processId, start, parameter] {
     machine->BindThisThread(processId);

@@ -1,6 +1,7 @@
 // The service manager.
 #include "tests/sim/call.h"
 #include "tests/sim/text.h"
+#include "tests/sim/threads.h"
 
 #include <windows.h>
 
