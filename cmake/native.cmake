@@ -29,6 +29,8 @@ if(TAVRIN_COVERAGE)
   target_link_options(tavrin_core PUBLIC --coverage)
 endif()
 
+add_subdirectory(tests/strict)  # gives the target tavrin_strict
+
 option(TAVRIN_FUZZ "The fuzz targets, and the product's code built to steer them" OFF)
 if(TAVRIN_FUZZ)
   target_compile_options(tavrin_core PRIVATE -fsanitize=fuzzer-no-link)
