@@ -13,8 +13,9 @@ add_library(tavrin_core OBJECT ${TAVRIN_SOURCES})
 target_link_libraries(tavrin_core PUBLIC tavrin_options)
 # Nothing throws but an allocation that fails, and nobody catches that: it ends the process either
 # way, with or without clean-up paths.
-target_compile_options(tavrin_core PRIVATE
+set(TAVRIN_SERVICE_OPTIONS
   -fstack-protector-strong -ffunction-sections -fdata-sections -fno-exceptions)
+target_compile_options(tavrin_core PRIVATE ${TAVRIN_SERVICE_OPTIONS})
 # Read once. The preset `demo` goes without any of these, so that a missing include shows there.
 target_precompile_headers(tavrin_core PRIVATE
   <windows.h> <algorithm> <optional> <string> <string_view> <vector>)
@@ -33,16 +34,22 @@ function(tavrin_add_resources name description)
   target_sources(${name} PRIVATE "${resources}")
 endfunction()
 
+# The service itself, and the programs that its size is held against.
+function(tavrin_link_as_the_service name)
+  target_link_libraries(${name} PRIVATE iphlpapi ws2_32 advapi32 winhttp crypt32)
+  target_link_options(${name} PRIVATE
+    -municode -mconsole -s -fstack-protector-strong -Wl,--gc-sections ${TAVRIN_LINK_HARDENING})
+endfunction()
+
 add_executable(TavrinService)
 tavrin_add_resources(TavrinService "Tavrin connection service")
-target_link_libraries(TavrinService PRIVATE
-  tavrin_core iphlpapi ws2_32 advapi32 winhttp crypt32)
-target_link_options(TavrinService PRIVATE
-  -municode -mconsole -s -fstack-protector-strong -Wl,--gc-sections ${TAVRIN_LINK_HARDENING})
+target_link_libraries(TavrinService PRIVATE tavrin_core)
+tavrin_link_as_the_service(TavrinService)
 set_target_properties(TavrinService PROPERTIES
   RUNTIME_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}")
 
 add_subdirectory(client)
+add_subdirectory(tests/bench/windows)
 
 # The JSON library is headers only; the cross-compiler must not see the rest of /usr/include.
 file(COPY /usr/include/nlohmann DESTINATION "${PROJECT_BINARY_DIR}/host-include")
