@@ -19,3 +19,5 @@ function(tavrin_delay_load)
     target_link_libraries(delayed_${name} INTERFACE "${directory}/lib${name}.a" delayimp)
   endforeach()
 endfunction()
+
+tavrin_delay_load(winhttp crypt32 iphlpapi ws2_32 version bcrypt)

@@ -34,13 +34,9 @@ function(tavrin_add_resources name description)
   target_sources(${name} PRIVATE "${resources}")
 endfunction()
 
-# A start waits for every library that is loaded with it. The service loads those two later that
-# bring many others along and are used by nothing but what asks a panel; the client loads what a
-# command needs.
-include(cmake/delay_load.cmake)
-tavrin_delay_load(winhttp crypt32 iphlpapi ws2_32 version bcrypt)
-
-# The service itself, and the programs that its size is held against.
+# The service itself, and the programs that its size is held against. A start waits for every library
+# that is loaded with it; the two that are loaded later bring many others along, and are used by
+# nothing but what asks a panel.
 function(tavrin_link_as_the_service name)
   target_link_libraries(${name} PRIVATE iphlpapi ws2_32 advapi32 delayed_winhttp delayed_crypt32)
   target_link_options(${name} PRIVATE
