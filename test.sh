@@ -2,7 +2,7 @@
 # Installs what is missing, builds both worlds and runs what everybody should wait for; ends at the
 # first stage that fails. Each stage shows its time and its counts.
 #   --all       also the packages, clang-tidy, ThreadSanitizer, all fault scenes, 10,000 sequences,
-#               fuzzing, the short soaks and --real
+#               fuzzing, the short soaks, the quick benchmarks and --real
 #   --real      also the real Xray and tun2socks, built from their Go modules, and Node.js as a client;
 #               what a machine can't do for want of Go or npm is shown as skipped
 #   --soak      300 connects under Wine, 100,000 simulated ones, and both commands of the README on a
@@ -122,6 +122,7 @@ if [ "$mode" = --all ]; then
   stage "The same tests under ThreadSanitizer" scripts/run_ctest.sh build/native-tsan native-tsan
   stage "Build of the fuzz targets" scripts/build.sh fuzz
   stage "Fuzzing, 30 seconds a target" scripts/fuzz.sh
+  stage "Benchmarks, quick" scripts/bench.sh --quick
 elif [ "$mode" = --soak ]; then
   stage "Soak under Wine, 300 connects" soak_in_wine
   stage "Simulated soak, 100,000 connects" simulated_soak

@@ -34,9 +34,11 @@ function(tavrin_add_resources name description)
   target_sources(${name} PRIVATE "${resources}")
 endfunction()
 
-# The service itself, and the programs that its size is held against.
+# The service itself, and the programs that its size is held against. A start waits for every library
+# that is loaded with it; the two that are loaded later bring many others along, and are used by
+# nothing but what asks a panel.
 function(tavrin_link_as_the_service name)
-  target_link_libraries(${name} PRIVATE iphlpapi ws2_32 advapi32 winhttp crypt32)
+  target_link_libraries(${name} PRIVATE iphlpapi ws2_32 advapi32 delayed_winhttp delayed_crypt32)
   target_link_options(${name} PRIVATE
     -municode -mconsole -s -fstack-protector-strong -Wl,--gc-sections ${TAVRIN_LINK_HARDENING})
 endfunction()

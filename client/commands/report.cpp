@@ -84,14 +84,11 @@ std::string LogSection(const Patient& patient) {
          Fenced(LastLines(tail.text, kLogLines));
 }
 
-std::string OneConnect(const std::vector<ConnectTrace>& connects, size_t at) {
-  const ConnectTrace& connect = connects[at];
-  const auto before = connects.begin() + static_cast<std::ptrdiff_t>(at);
-  std::wstring text = L"Connect " + std::to_wstring(at + 1) + L", " +
+std::string OneConnect(const ConnectTrace& connect, size_t number, const StepMedians& before) {
+  std::wstring text = L"Connect " + std::to_wstring(number) + L", " +
                       (connect.isComplete() ? L"complete, " : L"not complete, ") +
                       SecondsText(connect.totalTime()) + L"\n";
-  for (const WaterfallRow& row :
-       DrawWaterfall(connect, MedianTimes({connects.begin(), before}), kRowWidth)) {
+  for (const WaterfallRow& row : DrawWaterfall(connect, before.times(), kRowWidth)) {
     text += L"  " + row.text + L"\n";
   }
   return WideToUtf8(text);
@@ -103,10 +100,14 @@ std::string TraceSection(const Patient& patient) {
     return "## Connects\n\nThe trace can't be read.\n\n";
   }
   const std::vector<ConnectTrace> connects = ParseTrace(tail.text, tail.isCut).connects;
+  const size_t first = connects.size() - std::min(connects.size(), kConnects);
   std::string text;
-  for (size_t at = connects.size() - std::min(connects.size(), kConnects); at < connects.size();
-       ++at) {
-    text += OneConnect(connects, at);
+  StepMedians before;
+  for (size_t at = 0; at < connects.size(); ++at) {
+    if (at >= first) {
+      text += OneConnect(connects[at], at + 1, before);
+    }
+    before.add(connects[at]);
   }
   return "## Connects, the last " + std::to_string(kConnects) + "\n\n" +
          (text.empty() ? "None.\n\n" : Fenced(text));

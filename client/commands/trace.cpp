@@ -22,9 +22,9 @@ struct ReadTrace {
   TraceText text;
 };
 
-ReadTrace ReadWholeTrace(const CommandLine& line) {
+ReadTrace ReadWholeTrace() {
   ReadTrace trace;
-  trace.path = TracePath(FindServicePlace(line.runtimeDir).directory);
+  trace.path = TracePath(FindServiceDirectory());
   FileTail tail;
   trace.isReadable = ReadFileTail(trace.path, kTraceLimit, tail);
   trace.isCut = tail.isCut;
@@ -106,7 +106,7 @@ int WritePage(const ReadTrace& trace, size_t first, const CommandLine& line, Scr
 }  // namespace
 
 int RunTrace(const CommandLine& line, Screen& screen) {
-  const ReadTrace trace = ReadWholeTrace(line);
+  const ReadTrace trace = ReadWholeTrace();
   const bool wantsPage = !line.file.empty();
   const size_t first =
       FirstShown(trace, line.last == 0 && !wantsPage && !line.json ? 1 : line.last);

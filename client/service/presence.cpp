@@ -64,6 +64,16 @@ std::wstring DirectoryOf(const std::wstring& path) {
   return separator == std::wstring::npos ? std::wstring() : path.substr(0, separator);
 }
 
+// Empty when none runs, and when none may be opened: such a process does not tell it.
+std::wstring DirectoryOfRunningService() {
+  for (const RunningProcess& process : FindProcesses(kServiceImage)) {
+    if (std::wstring directory = DirectoryOf(process.image); !directory.empty()) {
+      return directory;
+    }
+  }
+  return {};
+}
+
 std::wstring CommandLineOf(SC_HANDLE service) {
   DWORD size = 0;
   (void)QueryServiceConfigW(service, nullptr, 0, &size);  // fails; tells the size
@@ -155,11 +165,7 @@ ServicePlace FindServicePlace(const std::wstring& chosenRuntime) {
   ServicePlace place;
   place.installed = FindInstalledService();
   const std::wstring& commandLine = place.installed.commandLine;
-  for (const RunningProcess& process : FindProcesses(kServiceImage)) {
-    if (place.directory.empty()) {  // a process that may not be opened does not tell it
-      place.directory = DirectoryOf(process.image);
-    }
-  }
+  place.directory = DirectoryOfRunningService();
   if (place.directory.empty()) {
     place.directory = DirectoryOf(ProgramOfCommandLine(commandLine));
   }
@@ -174,6 +180,11 @@ ServicePlace FindServicePlace(const std::wstring& chosenRuntime) {
     place.runtimeDir = FindRuntimeDir();
   }
   return place;
+}
+
+std::wstring FindServiceDirectory() {
+  const std::wstring running = DirectoryOfRunningService();
+  return running.empty() ? FindServicePlace({}).directory : running;
 }
 
 std::wstring RuntimeOfCommandLine(const std::wstring& commandLine) {

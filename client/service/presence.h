@@ -55,6 +55,9 @@ struct ServicePlace {
 // program. `chosenRuntime` is what the user named, possibly nothing.
 ServicePlace FindServicePlace(const std::wstring& chosenRuntime);
 
+// The directory alone. While the service runs, the service manager is not asked, which takes long.
+std::wstring FindServiceDirectory();
+
 // The value of --runtime in a command line, without its quotes; empty when there is none.
 std::wstring RuntimeOfCommandLine(const std::wstring& commandLine);
 

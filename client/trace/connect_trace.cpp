@@ -9,6 +9,7 @@ constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 constexpr std::string_view kFirstLabel = "stop() ";
 constexpr std::string_view kLastLabel = "ipv6 leak blocked";
 constexpr std::string_view kTotal = "ms  total ";
+constexpr size_t kUsualMarks = 14;
 
 std::string_view Trim(std::string_view text) {
   const size_t first = text.find_first_not_of(" \t\r");
@@ -87,7 +88,7 @@ TraceText ParseTrace(std::string_view text, bool isCut) {
       continue;
     }
     if (Begins(mark, result.connects)) {
-      result.connects.emplace_back();
+      result.connects.emplace_back().marks.reserve(kUsualMarks);
     }
     result.connects.back().marks.push_back(std::move(mark));
   }

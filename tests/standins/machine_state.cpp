@@ -13,7 +13,7 @@ NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE_WITH_DEFAULT(Tun2socksBehaviour, delayMs, dow
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE_WITH_DEFAULT(NetshBehaviour, hangsOn, exitCode)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE_WITH_DEFAULT(AdapterOwner, luid, processId, started, outlives)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE_WITH_DEFAULT(MachineState, network, owners, faults, heldCall,
-                                                xray, tun2socks, netsh)
+                                                xray, tun2socks, netsh, keepsMoments)
 
 std::string FormatMachineState(const MachineState& state) {
   return nlohmann::json(state).dump(2) + "\n";

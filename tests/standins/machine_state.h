@@ -63,6 +63,7 @@ struct MachineState {
   XrayBehaviour xray;
   Tun2socksBehaviour tun2socks;
   NetshBehaviour netsh;
+  bool keepsMoments = false;  // when what happened, for benchmarks: see SharedMachine::Note
 };
 
 std::string FormatMachineState(const MachineState& state);

@@ -17,10 +17,14 @@ std::wstring MutexName(const std::wstring& directory) {
   return name;
 }
 
+std::uint64_t TicksOf(const FILETIME& time) {
+  return (static_cast<std::uint64_t>(time.dwHighDateTime) << 32) | time.dwLowDateTime;
+}
+
 std::uint64_t StartTime(HANDLE process) {
   FILETIME created{}, exited{}, kernel{}, user{};
   if (GetProcessTimes(process, &created, &exited, &kernel, &user) == 0) return 0;
-  return (static_cast<std::uint64_t>(created.dwHighDateTime) << 32) | created.dwLowDateTime;
+  return TicksOf(created);
 }
 
 bool IsAlive(const AdapterOwner& owner) {
@@ -98,6 +102,23 @@ void SharedMachine::DropAdapters(bool alsoOutliving) {
 
 void SharedMachine::Log(std::string_view line) {
   AppendToFile(directory_ + L"\\calls.log", std::string(line) + "\n");
+  Note(line, MomentNow());
+}
+
+void SharedMachine::Note(std::string_view what, std::uint64_t moment) const {
+  if (!state_.keepsMoments) return;
+  AppendToFile(directory_ + L"\\" + kMomentsFile,
+               std::to_string(moment) + " " + std::string(what) + "\n");
+}
+
+std::uint64_t MomentNow() {
+  FILETIME now{};
+  GetSystemTimePreciseAsFileTime(&now);
+  return TicksOf(now);
+}
+
+std::uint64_t MomentOfOwnStart() {
+  return StartTime(GetCurrentProcess());
 }
 
 std::vector<std::string> ReadCallLog(const std::wstring& directory) {
@@ -120,6 +141,7 @@ MachineState LogOwnStart() {
   SharedMachine machine;
   machine.Log(ToUtf8(image) + " [" + std::to_string(GetCurrentProcessId()) + "] in " +
               ToUtf8(WorkingDirectory()) + ": " + ToUtf8(GetCommandLineW()));
+  machine.Note("start of " + ToUtf8(image), MomentOfOwnStart());
   return machine.state();
 }
 

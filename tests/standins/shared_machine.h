@@ -36,6 +36,9 @@ class SharedMachine {
   void RemovePhantoms() { DropAdapters(true); }
   // Appends one line to the log, whatever becomes of the turn.
   void Log(std::string_view line);
+  // Appends "TICKS WHAT" to the file of moments, when the machine keeps them. What is logged is
+  // noted there too.
+  void Note(std::string_view what, std::uint64_t moment) const;
 
  private:
   void Load();
@@ -49,6 +52,12 @@ class SharedMachine {
 
 // The log's lines up to now.
 std::vector<std::string> ReadCallLog(const std::wstring& directory);
+
+// Now and the start of this process, on one clock that all processes share: 100 nanoseconds since
+// 1601.
+std::uint64_t MomentNow();
+std::uint64_t MomentOfOwnStart();
+inline constexpr wchar_t kMomentsFile[] = L"moments.log";
 
 // Binds the adapter to the calling process.
 void OwnAdapter(MachineState& state, std::uint64_t luid, bool outlives);

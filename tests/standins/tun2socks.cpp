@@ -49,9 +49,9 @@ void BringUp(std::uint64_t luid, const std::string& name, const Tun2socksBehavio
   adapter->friendlyName = name;
   adapter->operStatus = netmodel::kOperStatusUp;
   if (behaviour.automaticAddress) adapter->addresses = {{kAutomaticAddress, 16}};
-  if (behaviour.diesAfterMs != 0) return;
   machine.Save();
-  End(1);
+  machine.Note("adapter up", MomentNow());
+  if (behaviour.diesAfterMs == 0) End(1);
 }
 
 // The library is sought beside the executable; without it no adapter can be made.

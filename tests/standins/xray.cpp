@@ -99,10 +99,28 @@ void ServeUntilClosed(SOCKET client) {
   closesocket(client);
 }
 
-[[noreturn]] void AcceptForEver(SOCKET listener, std::int64_t exitOnAccept) {
+SOCKET AcceptNext(SOCKET listener) {
   for (;;) {
     const SOCKET client = accept(listener, nullptr, nullptr);
-    if (client == INVALID_SOCKET) continue;
+    if (client != INVALID_SOCKET) return client;
+  }
+}
+
+// The first connection is the service's, which has waited for the port.
+void AcceptAndNote(SOCKET listener, std::uint64_t opened) {
+  const SOCKET client = AcceptNext(listener);
+  const std::uint64_t noticed = MomentNow();
+  {
+    const SharedMachine machine;
+    machine.Note("port open", opened);
+    machine.Note("port noticed", noticed);
+  }
+  ServeUntilClosed(client);
+}
+
+[[noreturn]] void AcceptForEver(SOCKET listener, std::int64_t exitOnAccept) {
+  for (;;) {
+    const SOCKET client = AcceptNext(listener);
     if (exitOnAccept != kNever) End(exitOnAccept);
     ServeUntilClosed(client);
   }
@@ -111,14 +129,17 @@ void ServeUntilClosed(SOCKET client) {
 [[noreturn]] void Run(const wchar_t* configPath) {
   // By the time of the next start Windows has removed what an ended tun2socks left.
   SharedMachine().RemovePhantoms();
-  const XrayBehaviour behaviour = LogOwnStart().xray;
+  const MachineState state = LogOwnStart();
+  const XrayBehaviour& behaviour = state.xray;
   const XrayConfig config = LoadConfig(configPath);
   SleepFor(behaviour.delayMs);
   if (behaviour.exitCode != kNever) End(behaviour.exitCode);
   if (!behaviour.listens) SleepFor(kNever);
   const SOCKET listener = Listen(config);
+  const std::uint64_t opened = MomentNow();
   LogStarted(config);
   DieAfter(behaviour.diesAfterMs);
+  if (state.keepsMoments) AcceptAndNote(listener, opened);
   AcceptForEver(listener, behaviour.exitOnAccept);
 }
 

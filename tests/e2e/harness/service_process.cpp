@@ -35,7 +35,7 @@ HANDLE InheritableOutput(const std::wstring& path) {
 
 ServiceProcess::ServiceProcess(const std::wstring& executable, const std::wstring& arguments,
                                const Environment& environment, const std::wstring& outputPath,
-                               HANDLE input)
+                               HANDLE input, DWORD console)
     : job_(KillOnCloseJob()) {
   Apply(kNeutral);
   Apply(environment);
@@ -47,9 +47,9 @@ ServiceProcess::ServiceProcess(const std::wstring& executable, const std::wstrin
   startup.hStdError = InheritableOutput(outputPath + kErrorsEnding);
   PROCESS_INFORMATION started{};
   std::wstring commandLine = L"\"" + executable + L"\" " + arguments;
-  const bool created = CreateProcessW(executable.c_str(), commandLine.data(), nullptr, nullptr,
-                                      TRUE, CREATE_SUSPENDED | CREATE_NO_WINDOW, nullptr, nullptr,
-                                      &startup, &started) != 0;
+  const bool created =
+      CreateProcessW(executable.c_str(), commandLine.data(), nullptr, nullptr, TRUE,
+                     CREATE_SUSPENDED | console, nullptr, nullptr, &startup, &started) != 0;
   const DWORD code = GetLastError();
   CloseHandle(startup.hStdOutput);
   CloseHandle(startup.hStdError);

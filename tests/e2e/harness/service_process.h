@@ -21,10 +21,11 @@ class ServiceProcess {
   // `arguments` is the command line behind the quoted path of the executable. What the process
   // prints goes to `outputPath`, and to the same with `kErrorsEnding` what goes to the error
   // stream.
-  // `input` is an inheritable handle for its standard input, or null.
+  // `input` is an inheritable handle for its standard input, or null. `console` is the flag of
+  // CreateProcess that says which console it has.
   ServiceProcess(const std::wstring& executable, const std::wstring& arguments,
                  const Environment& environment, const std::wstring& outputPath,
-                 HANDLE input = nullptr);
+                 HANDLE input = nullptr, DWORD console = CREATE_NO_WINDOW);
   ~ServiceProcess();
   ServiceProcess(const ServiceProcess&) = delete;
   ServiceProcess& operator=(const ServiceProcess&) = delete;

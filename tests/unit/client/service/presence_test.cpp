@@ -62,6 +62,7 @@ TEST_F(PresenceTest, ARunningProcessSaysWhereTheTraceIs) {
   InstallService(SERVICE_STOPPED);
   machine.processes.Seed(L"E:\\elsewhere\\TavrinService.exe");
   EXPECT_EQ(FindServicePlace(L"").directory, L"E:\\elsewhere");
+  EXPECT_EQ(FindServiceDirectory(), L"E:\\elsewhere");
 }
 
 TEST_F(PresenceTest, AProcessThatTellsNoPathTellsNoPlace) {
@@ -78,6 +79,7 @@ TEST_F(PresenceTest, WithOnlyAProcessThatTellsNoPathTheInstalledPlaceCounts) {
   InstallService(SERVICE_RUNNING);
   machine.processes.Seed(L"E:\\x\\TavrinService.exe")->openError = ERROR_ACCESS_DENIED;
   EXPECT_EQ(FindServicePlace(L"").directory, L"D:\\Tavrin");
+  EXPECT_EQ(FindServiceDirectory(), L"D:\\Tavrin");
 }
 
 TEST_F(PresenceTest, WithoutAServiceThePlaceIsBesideTheClient) {
