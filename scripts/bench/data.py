@@ -1,6 +1,7 @@
 """The lines that the measuring programs write, and the ratios that are made of them."""
 
 import json
+import math
 import statistics
 
 
@@ -65,14 +66,16 @@ def worst_speed(data, figure, peer):
 
 
 def worst_growth(data, figure):
-    """The time for ten times as much, over ten times the time; the largest of all sizes."""
+    """The time for ten times as much, over ten times the time; the largest of all sizes. Where the
+    next size is more than ten times as much, it counts as so many steps of ten."""
     found = []
     sizes = data.sizes(figure)
     for small in sizes:
         large = next((size for size in sizes if size >= 10 * small), None)
         values = large and ratios(data.get(figure, "service", large), data.get(figure, "service", small))
         if values:
-            found.append(Value([value * small / large for value in values], large))
+            steps = math.log10(large / small)
+            found.append(Value([(value * small / large) ** (1 / steps) for value in values], large))
     return max(found, key=lambda value: value.median, default=None)
 
 

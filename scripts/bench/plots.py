@@ -97,7 +97,7 @@ def draw_status(data, path):
 
 
 PARTS = (("xray", "waiting for Xray"), ("tun2socks", "waiting for tun2socks"),
-         ("network", "network calls"), ("commands", "netsh commands"), ("service", "the service itself"))
+         ("noticing", "noticing both"), ("network", "network calls"), ("commands", "netsh commands"), ("service", "the service itself"))
 
 
 def shares_of(data, figure, subjects):
@@ -161,7 +161,7 @@ def draw_connect(data, path):
     run(path, "unset border\nunset tics\nunset key\nset xrange [0:100]\nset yrange [0:4.6]\n"
         "set lmargin 2\nset rmargin 2\n"
         f"set label 'who the time of a connect is spent on' at 0,4.4 tc rgb '{INK}'\n" +
-        boxes(parts, 3.9, COLOURS) + legend(parts, 3.3, COLOURS) +
+        boxes(parts, 3.9, STEP_COLOURS) + legend(parts, 3.3, STEP_COLOURS) +
         f"set label 'its steps in the trace' at 0,2.2 tc rgb '{INK}'\n" +
         boxes(steps, 1.7, STEP_COLOURS) + legend(steps, 1.1, STEP_COLOURS) + "plot NaN\n", height=300)
 

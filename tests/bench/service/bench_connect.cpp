@@ -116,10 +116,12 @@ void AddSteps(const Trace& trace, double total, Figures& figures) {
 }
 
 void AddParts(const Waits& waits, double commands, double total, Figures& figures) {
-  const double own = total - waits.xray - waits.tun2socks - waits.network - commands;
+  const double own =
+      total - waits.xray - waits.tun2socks - waits.noticing - waits.network - commands;
   figures.Add("connect-own", "service", own);
   figures.Add("connect-parts", "xray", waits.xray);
   figures.Add("connect-parts", "tun2socks", waits.tun2socks);
+  figures.Add("connect-parts", "noticing", waits.noticing);
   figures.Add("connect-parts", "network", waits.network);
   figures.Add("connect-parts", "commands", commands);
   figures.Add("connect-parts", "service", own);

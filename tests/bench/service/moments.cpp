@@ -59,7 +59,10 @@ Waits WaitsOf(const Moments& moments) {
   Waits waits;
   waits.xray = moments.First(kPortOpen) - moments.First(kStartOfXray);
   waits.tun2socks = moments.First(kAdapterUp) - moments.First(kStartOfTun2socks);
-  waits.network = moments.NetworkTime(moments.First(kStartOfTun2socks), moments.First(kAdapterUp));
+  const Lateness late = LatenessOf(moments);
+  waits.noticing = late.port + late.adapter;
+  const double seen = moments.First(kAdapterUp) + late.adapter;
+  waits.network = moments.NetworkTime(moments.First(kStartOfTun2socks), seen);
   return waits;
 }
 

@@ -54,6 +54,7 @@ class Moments {
 struct Waits {
   double xray = 0;
   double tun2socks = 0;
+  double noticing = 0;  // how late the service was for the two
   double network = 0;
 };
 
