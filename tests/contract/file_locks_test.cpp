@@ -1,5 +1,9 @@
 // Locks on a range of a file, and writes at its end.
+#include <set>
+#include <sstream>
 #include <string>
+#include <thread>
+#include <vector>
 
 #include "tests/contract/world.h"
 
@@ -87,6 +91,49 @@ TEST_F(FileEnd, AWriteThereFindsWhatOthersHaveWrittenMeanwhile) {
   EXPECT_TRUE(second.Write("two\n"));
   EXPECT_TRUE(first.Write("three\n"));
   EXPECT_EQ(Bytes(path), "old\none\ntwo\nthree\n");
+}
+
+constexpr int kWriters = 8;
+constexpr int kLinesEach = 150;
+
+std::string LineOf(int writer, int line) {
+  std::string text = std::to_string(writer) + "." + std::to_string(line) + ".";
+  text.resize(20 + static_cast<size_t>(line * 131 % 1980), static_cast<char>('a' + writer));
+  return text;
+}
+
+// Each line with a handle of its own, as processes have them: locks are a handle's.
+void WriteLinesInTurns(const std::wstring& path, int writer) {
+  for (int line = 0; line < kLinesEach; ++line) {
+    Turn turn(path);
+    while (turn.Take() != NO_ERROR) {
+      Sleep(1);
+    }
+    (void)turn.Write(LineOf(writer, line) + "\n");
+    (void)turn.End();
+  }
+}
+
+TEST_F(FileEnd, LinesThatAreWrittenThereInTurnsStayWhole) {
+  const std::wstring path = Put(L"log");
+  std::vector<std::thread> writers;
+  std::multiset<std::string> written;
+  for (int writer = 0; writer < kWriters; ++writer) {
+    writers.emplace_back(WriteLinesInTurns, path, writer);
+    for (int line = 0; line < kLinesEach; ++line) {
+      written.insert(LineOf(writer, line));
+    }
+  }
+  for (std::thread& writer : writers) {
+    writer.join();
+  }
+  std::istringstream log(Bytes(path));
+  std::multiset<std::string> found;
+  for (std::string line; std::getline(log, line);) {
+    found.insert(line);
+  }
+  EXPECT_EQ(found.size(), static_cast<size_t>(kWriters * kLinesEach));
+  EXPECT_TRUE(found == written) << "lines are torn or lost";
 }
 
 TEST_F(FileEnd, OpeningTellsAFileThatWasThereFromANewOne) {

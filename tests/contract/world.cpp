@@ -14,12 +14,15 @@ std::wstring ProgramPath() {
 }
 
 std::string Bytes(const std::wstring& path) {
-  std::string bytes(256, '\0');
+  std::string bytes;
   std::FILE* const file = _wfsopen(path.c_str(), L"rb", _SH_DENYNO);
   if (file == nullptr) {
     return "(not opened)";
   }
-  bytes.resize(std::fread(bytes.data(), 1, bytes.size(), file));
+  char chunk[4096];
+  for (size_t count = 0; (count = std::fread(chunk, 1, sizeof(chunk), file)) > 0;) {
+    bytes.append(chunk, count);
+  }
   std::fclose(file);
   return bytes;
 }

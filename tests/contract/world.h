@@ -66,7 +66,7 @@ inline std::wstring ChildLine(const std::wstring& behaviour) {
   return L"\"" + ProgramPath() + L"\" --contract-child " + behaviour;
 }
 
-// The file's first 256 bytes.
+// All of the file.
 std::string Bytes(const std::wstring& path);
 
 class ContractTest : public ::testing::Test {
