@@ -18,7 +18,7 @@ void TunnelManager::pinPanelHosts(const std::vector<std::wstring>& hosts) {
   if (physical_.interfaceAlias.empty() || physical_.gateway.empty()) {
     return;
   }
-  // In order, so that none is looked for among all that are pinned already.
+  // Sorted, so that none has to be looked for among all that are pinned already.
   std::vector<std::wstring> ordered = addresses;
   std::sort(ordered.begin(), ordered.end());
   std::vector<bool> isDone(ordered.size());
