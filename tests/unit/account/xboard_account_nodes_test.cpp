@@ -79,6 +79,14 @@ TEST_F(Nodes, WithoutATokenTheSubscriptionAddressIsFetchedAsItIs) {
   EXPECT_EQ(Sent(), (Texts{kAccount, Subscription("https://other.example/s/x?y=1")}));
 }
 
+TEST_F(Nodes, TheSubscriptionAddressIsReadByItsKey) {
+  OnAccount(
+      R"("token":"","other":"https:\/\/no.example","subscribe_url":"https:\/\/s.example\/x")");
+  machine.http.OnNext("GET", "https://s.example/x", Ok(kLink));
+  EXPECT_TRUE(Fetch());
+  EXPECT_EQ(Sent(), (Texts{kAccount, Subscription("https://s.example/x")}));
+}
+
 TEST_F(Nodes, WithNeitherTheServerListServes) {
   OnAccount(R"("token":null,"subscribe_url":"")");
   OnServers(Ok(kServer));
@@ -88,6 +96,15 @@ TEST_F(Nodes, WithNeitherTheServerListServes) {
   EXPECT_EQ(session.nodes[0].uuid, L"the-uuid");
   EXPECT_EQ(Sent(), (Texts{kAccount, kServers}));
   EXPECT_EQ(error, L"");
+}
+
+TEST_F(Nodes, TheServersAreThoseOfTheKeyData) {
+  OnAccount(R"("token":"")");
+  OnServers(Ok(R"({"message":"","old":[{"host":"no","port":1,"public_key":"k"}],)"
+               R"("data":[{"host":"yes","port":1,"public_key":"k"}]})"));
+  EXPECT_TRUE(Fetch());
+  ASSERT_EQ(session.nodes.size(), 1u);
+  EXPECT_EQ(session.nodes[0].address, L"yes");
 }
 
 TEST_F(Nodes, ASubscriptionThatFailsIsNotFatalAndItsTextMayRemain) {

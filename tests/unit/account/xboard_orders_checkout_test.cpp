@@ -75,6 +75,20 @@ TEST_F(CheckOut, WithoutAKnownMethodNoneIsSent) {
   }
 }
 
+TEST_F(CheckOut, TheAddressBesideTheTypeComesBeforeOneBelowIt) {
+  OnMethods(R"({"data":[{"id":3}]})");
+  OnCheckOut(Ok(R"({"type":1,"data":"u","more":{"data":"no"}})"));
+  EXPECT_TRUE(Buy());
+  EXPECT_EQ(result.payUrl, L"u");
+}
+
+TEST_F(CheckOut, TheFirstMethodIdIs1) {
+  OnMethods(R"({"data":[{"id":1}]})");
+  OnCheckOut(Ok(R"({"type":1,"data":"u"})"));
+  EXPECT_TRUE(Buy());
+  EXPECT_EQ(CheckOutBody(), R"({"trade_no":"n","method":1})");
+}
+
 TEST_F(CheckOut, AMethodIdIsNotCutTo32Bits) {
   OnMethods(R"({"data":[{"id":4294967296}]})");
   OnCheckOut(Ok(R"({"type":1,"data":"u"})"));

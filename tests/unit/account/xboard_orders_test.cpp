@@ -201,6 +201,14 @@ TEST_F(Orders, TheSecondAttemptCancelsOpenOrdersOnceMore) {
   EXPECT_EQ(error, L"");
 }
 
+TEST_F(Orders, TheSecondAttemptBeginsWithoutTheTextOfAnEarlierFailure) {
+  error = L"of an earlier call";
+  OnSave(Refusal(400, kPending));
+  OnFreePurchase();
+  EXPECT_TRUE(Buy());
+  EXPECT_EQ(error, L"");
+}
+
 TEST_F(Orders, ASecondPendingRefusalHasALineOfItsOwnAndThereIsNoThirdAttempt) {
   OnSave(Refusal(400, kPending));
   OnSave(Refusal(400, kPending));

@@ -79,6 +79,7 @@ TEST_F(ServerList, TheServerPortComesBeforeThePort) {
 TEST_F(ServerList, ThePortServesWhereTheServerPortIsAbsentOr0) {
   EXPECT_EQ(Port(R"("port":443)"), 443);
   EXPECT_EQ(Port(R"("port":"443")"), 443);
+  EXPECT_EQ(Port(R"("port":"\u003443")"), 443);
   EXPECT_EQ(Port(R"("server_port":0,"port":"443-500")"), 443);
   EXPECT_EQ(Port(R"("server_port":null,"port":443)"), 443);
   EXPECT_EQ(Port(R"("server_port":"x","port":443)"), 443);
@@ -90,6 +91,7 @@ TEST_F(ServerList, APortBeyond32BitsIsConvertedPlainly) {
   EXPECT_EQ(Port(R"("server_port":4294967739)"), 443);
   EXPECT_EQ(Port(R"("server_port":4294967296,"port":443)"), 443);
   EXPECT_EQ(Port(R"("server_port":-5)"), -5);
+  EXPECT_EQ(Port(R"("server_port":-1,"port":"443")"), -1);
 }
 
 constexpr char kGood[] = R"("name":"n","host":"h","port":443,"public_key":"k"})";

@@ -189,6 +189,7 @@ TEST(JsonNumberArray, ReadsTheNumbersUpToTheFirstClosingBracket) {
       {R"({"n":[[1,2],3]})", {1, 2}},  // no counting of brackets
       {R"({"n":null,"m":[4]})", {4}},
       {R"({"n":[1,2],"m":[3]})", {1, 2}},
+      {R"({"n":[1]2})", {1}},
   };
   for (const auto& [text, expected] : table) {
     SCOPED_TRACE(text);
