@@ -5,6 +5,7 @@
 
 #include <array>
 #include <climits>
+#include <cstdint>
 #include <cstdio>
 #include <mutex>
 #include <sstream>
@@ -94,41 +95,48 @@ class Batches {
   }
 
   Report Result() {
-    if (failed_) report_.failure = Explain(failedSeed_);
+    if (failed_) report_.failure = told_ + Explain(failedSeed_);
     return report_;
   }
 
  private:
   void RunOne(Range range) {
     std::uint64_t at = range.from;
-    bool failed = false;
-    const int code = ReadLines(Command("--worker --seed " + std::to_string(range.from) +
-                                       " --count " + std::to_string(range.count)),
-                               [&](const std::string& line) {
-                                 std::istringstream words(line);
-                                 std::string kind;
-                                 std::string state;
-                                 std::string event;
-                                 std::uint64_t count = 0;
-                                 if (std::getline(words, kind, '\t'); kind == "seed") {
-                                   words >> at;
-                                 } else if (kind == "failed") {
-                                   failed = true;
-                                 } else if (kind == "met") {
-                                   std::getline(words, state, '\t');
-                                   std::getline(words, event, '\t');
-                                   words >> count;
-                                   const std::lock_guard<std::mutex> lock(mutex_);
-                                   report_.table.Add(state, event, count);
-                                 }
-                               });
+    std::string told;  // what failed, or what a crash has left
+    const std::string command = Command("--worker --seed " + std::to_string(range.from) +
+                                        " --count " + std::to_string(range.count));
+    const int code =
+        ReadLines(command, [&](const std::string& line) { TakeLine(line, &at, &told); });
     const std::lock_guard<std::mutex> lock(mutex_);
-    if (failed || code != 0) {
-      report_.done += at - range.from;
-      failedSeed_ = failed_ ? std::min(failedSeed_, at) : at;
-      failed_ = true;
-    } else {
+    if (code == 0) {
       report_.done += range.count;
+      return;
+    }
+    report_.done += at - range.from;
+    if (failedSeed_ > at) {
+      failedSeed_ = at;
+      told_ = told + "exit code " + std::to_string(code) + "\n";
+    }
+    failed_ = true;
+  }
+
+  void TakeLine(const std::string& line, std::uint64_t* at, std::string* told) {
+    std::istringstream words(line);
+    std::string kind;
+    std::string state;
+    std::string event;
+    std::uint64_t count = 0;
+    std::getline(words, kind, '\t');
+    if (kind == "seed") {
+      words >> *at;
+    } else if (kind == "met") {
+      std::getline(words, state, '\t');
+      std::getline(words, event, '\t');
+      words >> count;
+      const std::lock_guard<std::mutex> lock(mutex_);
+      report_.table.Add(state, event, count);
+    } else {
+      *told += line + "\n";
     }
   }
 
@@ -136,7 +144,8 @@ class Batches {
   std::uint64_t next_;
   std::uint64_t end_;
   bool failed_ = false;
-  std::uint64_t failedSeed_ = 0;
+  std::uint64_t failedSeed_ = UINT64_MAX;
+  std::string told_;
   Report report_;
 };
 
@@ -161,8 +170,10 @@ int RunAsWorker(Range range) {
     std::printf("seed\t%llu\n", static_cast<unsigned long long>(seed));
     std::fflush(stdout);
     alarm(kSecondsOfASequence);
-    if (RunSequence(MakeSequence(seed), table).failed()) {
-      std::printf("failed\n");
+    const Events events = MakeSequence(seed);
+    const Outcome outcome = RunSequence(events, table);
+    if (outcome.failed()) {
+      std::printf("%s", WordsOf(outcome, events).c_str());
       std::fflush(stdout);
       _exit(1);
     }

@@ -76,6 +76,7 @@ class Run {
       return Differences(model_, world_.machine());
     }
     const bool connects = event.name == "connect" || event.value == "connect";
+    // Of these the model says nothing beforehand.
     if (IsOpen(event) || (connects && model_.IsCrowded())) {
       return OpenStep(event);
     }
@@ -126,6 +127,9 @@ class Run {
     observer_.Begin();
     const std::string reply = IsOpen(event) ? world_.CarryDisturbed(event) : world_.Carry(event);
     Lines found = CheckOpenReply(reply, event, model_.State() == "stopping");
+    if (!world_.ComeToRest()) {
+      found.push_back("the service neither ended nor waits for a client");
+    }
     for (const std::string& line : observer_.Look("").log) {
       if (!IsKnownLogLine(line)) found.push_back("unknown log line: " + line);
     }

@@ -8,7 +8,7 @@
 namespace sequence {
 namespace {
 
-constexpr std::chrono::seconds kPatience(20);
+constexpr std::chrono::seconds kPatience(90);
 
 Product ProductOf(size_t slot) {
   return slot == 0 ? FirstProduct() : SecondProduct();

@@ -38,7 +38,7 @@ class Services {
   // Connects a client to the process whose turn it is; 2 when nobody listens.
   std::uint32_t Connect(sim::PipeClient& client);
 
-  // Waits (in real time, 20 seconds) until every process has ended or waits for a client.
+  // Waits (in real time, 90 seconds) until every process has ended or waits for a client.
   bool ComeToRest();
   // The slots of those that wait, in the order in which clients reach them.
   std::deque<size_t> Turns();

@@ -23,7 +23,7 @@ class World {
   // The client's reply; empty for an event without one, `none` when the connection was closed
   // without a reply, `nobody` when no server listened.
   std::string Carry(const Event& event);
-  // False when a process neither ended nor waits for a client, after 20 seconds.
+  // False when a process neither ended nor waits for a client, after 90 seconds.
   bool ComeToRest() { return services_.ComeToRest(); }
   // Connects or disconnects while calls fail, or while something happens in the middle of it.
   std::string CarryDisturbed(const Event& event);
