@@ -172,10 +172,8 @@ constexpr Line kDisconnect[] = {
 
 // One line of the service log: its size and bytes, the file, and its turn among processes.
 constexpr Line kLog[] = {
-    {"log", "WideCharToMultiByte", 2},
-    {"log", "_wfsopen", 1},
-    {"log", "LockFileEx", 1},
-    {"log", "UnlockFileEx", 1},
+    {"log", "CreateFileW", 1}, {"log", "WideCharToMultiByte", 2}, {"log", "LockFileEx", 1},
+    {"log", "WriteFile", 1},   {"log", "UnlockFileEx", 1},        {"log", "CloseHandle", 1},
 };
 
 template <std::size_t Size>
