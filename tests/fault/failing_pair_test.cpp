@@ -22,6 +22,11 @@ bool WantsAllPairs() {
   return std::getenv("TAVRIN_ALL_PAIRS") != nullptr;
 }
 
+// `58,59`: this pair alone, as a finding tells it.
+const char* OnlyPair() {
+  return std::getenv("TAVRIN_PAIR");
+}
+
 unsigned Seed() {
   const char* const chosen = std::getenv("TAVRIN_PAIR_SEED");
   return chosen == nullptr ? 1 : static_cast<unsigned>(std::strtoul(chosen, nullptr, 10));
@@ -41,13 +46,17 @@ class FailingPair : public ::testing::TestWithParam<size_t> {
         RunFailing(stage, [&](sim::Machine& machine) { Arrange(machine, Mode::kOnce, first); });
     for (size_t second = first + 1; second < alone.calls.size(); ++second) {
       ++pairs;
-      if (WantsAllPairs() || random() % 10 == 0) {
+      if (IsChosen(std::to_string(first + 1) + "," + std::to_string(second + 1))) {
         SCOPED_TRACE("calls " + std::to_string(first + 1) + " " + Describe(alone.calls[first]) +
                      " and " + std::to_string(second + 1) + " " + Describe(alone.calls[second]));
         RunPair(first, second, alone);
         ++runs;
       }
     }
+  }
+
+  bool IsChosen(const std::string& pair) {
+    return OnlyPair() != nullptr ? pair == OnlyPair() : WantsAllPairs() || random() % 10 == 0;
   }
 
   void RunPair(size_t first, size_t second, const FailingRun& alone) {
@@ -75,9 +84,29 @@ class FailingPair : public ::testing::TestWithParam<size_t> {
   }
 
   static void CheckChildren(const Stage& stage, const FailingRun& run) {
+    const Lines left = LeftOutside(run);
     EXPECT_EQ(run.afterConnect,
-              run.text.empty() ? (Lines{"xray.exe", "tun2socks-windows-amd64.exe"}) : Lines());
-    EXPECT_EQ(stage.machine->processes.Alive(), Lines());
+              run.text.empty() ? (Lines{"xray.exe", "tun2socks-windows-amd64.exe"}) : left);
+    EXPECT_EQ(stage.machine->processes.Alive(), left);
+  }
+
+  // A child that gets into no job and can't be ended stays, suspended, for the next connect's look
+  // for orphans.
+  static Lines LeftOutside(const FailingRun& run) {
+    Lines failed;
+    for (const sim::CallRecord& call : run.calls) {
+      if (call.failed) {
+        failed.push_back(Describe(call));
+      }
+    }
+    for (const char* child : {"xray.exe", "tun2socks-windows-amd64.exe"}) {
+      const std::string process = std::string("process ") + child;
+      if (failed == Lines{"AssignProcessToJobObject job, " + process,
+                          "TerminateProcess " + process + ", 1"}) {
+        return {child};
+      }
+    }
+    return {};
   }
 
   // Each remainder has its cause among the two.

@@ -119,11 +119,11 @@ class OneLife {
 
   // A server that nobody can reach any more is stopped, or in the end killed.
   void End(const std::shared_ptr<sim::Process>& process) {
-    sim::Scheduler::WaitForCalls(20'000);
+    sim::Scheduler::WaitForCalls(2'000);
     if (!hasEnded_ && host_ == Host::kService) {
       outcome_.hadToBeEnded = true;
       (void)machine_.services.Send(SERVICE_CONTROL_STOP);
-      sim::Scheduler::WaitForCalls(20'000);
+      sim::Scheduler::WaitForCalls(2'000);
     }
     if (!hasEnded_ && !process->crashed) {
       outcome_.hadToBeEnded = true;
