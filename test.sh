@@ -115,7 +115,8 @@ if [ "$mode" = --all ]; then
     build/windows/test_panel/test_panel scripts/check_client_docs.sh
   stage "The client's screen in a terminal" in_lane scripts/check_client_screen.sh
   stage "The client's page in a browser" in_lane scripts/check_client_page.sh
-  stage "All fault scenes, 10,000 sequences, the simulated soak" scripts/run_ctest.sh build/native native-long
+  stage "All fault scenes, the simulated soak" scripts/run_ctest.sh build/native native-long
+  stage "10,000 sequences of events" scripts/sequences.sh --plain --count 10000 --jobs 2
   stage "Soak under Wine" scripts/run_ctest.sh build/windows windows-long
   stage "clang-tidy" scripts/build.sh native --target tidy
   stage "Build of the simulated machine, ThreadSanitizer" scripts/build.sh native-tsan

@@ -33,10 +33,11 @@ Services::~Services() {
 void Services::FollowCalls() {
   sim::Faults& faults = machine_.faults;
   faults.BeforeEach("ConnectNamedPipe", [this] { OnWait(); });
-  // What the product connects to is the first that waits.
+  // What the product connects to is the first that waits. Other calls open the log.
   faults.BeforeEach("CreateFileW", [this] {
+    const std::string text = machine_.calls.LatestText("CreateFileW", machine_.ThisProcess()->id);
     const std::lock_guard<std::mutex> lock(mutex_);
-    if (!waiting_.empty()) {
+    if (!waiting_.empty() && text.find("\\pipe\\") != std::string::npos) {
       waiting_.pop_front();
     }
   });
@@ -49,8 +50,7 @@ void Services::FollowCalls() {
       std::unique_lock<std::mutex> lock(mutex_);  // who asks for a stop may finish first
       (void)changed_.wait_for(lock, kPatience, [this] { return !isStopping_; });
     }
-    machine_.faults.FailAt(0);
-    machine_.faults.FailFrom(0);
+    machine_.faults.FailNoMore();
   });
 }
 

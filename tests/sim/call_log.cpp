@@ -1,5 +1,6 @@
 #include "tests/sim/call_log.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace sim {
@@ -22,6 +23,15 @@ std::vector<std::string> CallLog::TextsOf(const std::string& name) const {
     }
   }
   return texts;
+}
+
+std::string CallLog::LatestText(const std::string& name, std::uint32_t processId) const {
+  const MachineLock lock = core_.Lock();
+  const auto latest =
+      std::find_if(records_.rbegin(), records_.rend(), [&](const CallRecord& record) {
+        return record.name == name && record.processId == processId;
+      });
+  return latest == records_.rend() ? "" : latest->text;
 }
 
 std::vector<std::string> CallLog::Sequence(const std::set<std::string>& names) const {

@@ -33,6 +33,8 @@ class CallLog {
   std::vector<std::string> TextsOf(const std::string& name) const;
   // `name text` of the calls of these functions, in order.
   std::vector<std::string> Sequence(const std::set<std::string>& names) const;
+  // The argument text of the latest call of a function by a process; empty when it made none.
+  std::string LatestText(const std::string& name, std::uint32_t processId) const;
   size_t Count(const std::string& name) const { return TextsOf(name).size(); }
   void Clear();
 

@@ -31,6 +31,12 @@ void Faults::FailFrom(std::uint64_t k) {
   failFrom_ = k;
 }
 
+void Faults::FailNoMore() {
+  const MachineLock lock = core_.Lock();
+  failAt_.clear();
+  failFrom_ = 0;
+}
+
 void Faults::KillAt(std::uint64_t k) {
   const MachineLock lock = core_.Lock();
   killAt_ = k;

@@ -36,6 +36,8 @@ class Faults {
   // may be chosen.
   void FailAt(std::uint64_t k);
   void FailFrom(std::uint64_t k);
+  // Ends what FailAt and FailFrom have chosen.
+  void FailNoMore();
   // The process that makes the k-th call dies in front of it: see RunProcess.
   void KillAt(std::uint64_t k);
   // The process that makes the n-th call of this function from now on dies in front of it.
