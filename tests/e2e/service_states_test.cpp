@@ -52,7 +52,8 @@ class Recorder {
  private:
   void Run() {
     const WindowsService service;
-    while (!done_) {
+    for (bool isLast = false; !isLast;) {
+      isLast = done_;  // one more look sees what was waited for
       const std::string text = Text(service.Status());
       if (seen_.empty() || seen_.back() != text) seen_.push_back(text);
       looked_ = true;
