@@ -4,18 +4,16 @@
 
 #include <cstdio>
 
-#include "src/common/mutex.h"
 #include "src/common/unique_handle.h"
 #include "src/runtime/console_text.h"
 #include "src/runtime/process_state.h"
 #include "src/runtime/runtime_files.h"
 
 namespace vpn {
-namespace {
 
-// Makes lines whole across the threads of this process, console echo included. No other lock is
-// taken while it is held.
 Mutex g_logLock;
+
+namespace {
 
 constexpr int kTurnAttempts = 100;  // a millisecond apart, or a tick of the system clock
 

@@ -12,6 +12,7 @@
 #include "src/control/tunnel_instance.h"
 #include "src/panel/panel_client.h"
 #include "src/runtime/process_state.h"
+#include "src/runtime/service_log.h"
 
 namespace fault {
 namespace {
@@ -29,6 +30,8 @@ void BeginProcess() VPN_THREAD_ANNOTATION(no_thread_safety_analysis) {
   KeepBytesOf(&vpn::g_tunnel, sizeof vpn::g_tunnel);
   new (&vpn::g_tunnel) vpn::TunnelManager;
   new (&vpn::g_tunnelLock) vpn::Mutex;
+  new (&vpn::g_accountCacheLock) vpn::Mutex;
+  new (&vpn::g_logLock) vpn::Mutex;
   vpn::InvalidateAccountCache();
   vpn::g_runtimeDir = L"C:\\run";
   vpn::g_stopRequested = 0;

@@ -7,7 +7,7 @@
 
 namespace fault {
 
-// The globals as a new process finds them, whatever the last one left: after a kill the lock may be
+// The globals as a new process finds them, whatever the last one left: after a kill a lock may be
 // held for ever, and the tunnel's members belong to a thread that stands still. Needs an installed
 // machine.
 void BeginProcess();

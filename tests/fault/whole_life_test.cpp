@@ -22,6 +22,8 @@
 namespace fault {
 namespace {
 
+// Platform calls of all threads without an end. A start whose Xray never listens makes thousands.
+constexpr std::uint64_t kPatience = 5'000;
 constexpr char kOkIdle[] = R"({"ok":true,"running":false,"error":""})";
 constexpr char kOkRunning[] = R"({"ok":true,"running":true,"error":""})";
 constexpr char kRefused[] = R"({"ok":false,"running":false,"error":")";
@@ -119,11 +121,11 @@ class OneLife {
 
   // A server that nobody can reach any more is stopped, or in the end killed.
   void End(const std::shared_ptr<sim::Process>& process) {
-    sim::Scheduler::WaitForCalls(2'000);
+    sim::Scheduler::WaitForCalls(kPatience);
     if (!hasEnded_ && host_ == Host::kService) {
       outcome_.hadToBeEnded = true;
       (void)machine_.services.Send(SERVICE_CONTROL_STOP);
-      sim::Scheduler::WaitForCalls(2'000);
+      sim::Scheduler::WaitForCalls(kPatience);
     }
     if (!hasEnded_ && !process->crashed) {
       outcome_.hadToBeEnded = true;
