@@ -77,8 +77,7 @@ fi
 
 stage "Packages" scripts/install_packages.sh cmake ninja-build git g++ g++-mingw-w64-x86-64-posix \
   wine wine64 clang clang-format clang-tidy libclang-rt-14-dev lld libgtest-dev libgmock-dev \
-  googletest nlohmann-json3-dev libcli11-dev libcpp-httplib-dev libssl-dev \
-  libcli11-dev iproute2
+  googletest nlohmann-json3-dev libcli11-dev libcpp-httplib-dev libssl-dev iproute2
 stage "Format" scripts/check_format.sh
 stage "Documents" scripts/check_docs.sh
 stage "The order of the rooms" scripts/check_layers.sh

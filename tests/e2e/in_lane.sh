@@ -4,7 +4,7 @@
 # namespace of its own, since the product's pipe name and port are the machine's. Where no namespace
 # can be made there is one lane. A command has ten minutes from when it has its lane.
 set -euo pipefail
-export LC_ALL=C.UTF-8  # as in wine_prefix.sh
+export LC_ALL=C.UTF-8  # as in wine.sh
 tests=$(cd "$(dirname "$0")" && pwd)
 mkdir -p "$1"
 directory=$(cd "$1" && pwd)
