@@ -44,6 +44,7 @@ void Services::FollowCalls() {
   faults.BeforeEach("ConvertStringSecurityDescriptorToSecurityDescriptorW",
                     [this] { HoldUntilWarm(); });
   faults.BeforeEach("SetCurrentDirectoryW", [this] { HoldUntilOwnerIsWatched(); });
+  faults.BeforeEach("WaitForSingleObject", [this] { OnWaitForObject(); });
   // Faults are for the request, not for the next instance of the pipe.
   faults.BeforeEach("DisconnectNamedPipe", [this] {
     {
@@ -96,15 +97,31 @@ void Services::HoldUntilWarm() {
   WaitForThread(thread);
 }
 
+// The first that a process waits for is its owner: the server is held until then.
+void Services::OnWaitForObject() {
+  const std::uint32_t id = machine_.ThisProcess()->id;
+  {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    Life* const life = LifeOf(id);
+    if (life == nullptr || life->ownerIsWatched) {
+      return;
+    }
+    life->ownerIsWatched = true;
+  }
+  const auto lock = machine_.Lock();
+  machine_.core().changed.notify_all();
+}
+
 // So that what the owner's watch does comes before what the server does.
 void Services::HoldUntilOwnerIsWatched() {
   const std::uint32_t id = machine_.ThisProcess()->id;
   sim::MachineLock machineLock = machine_.Lock();
   const std::shared_ptr<sim::ThreadObject> thread = machine_.newestThread;
   machineLock.unlock();
+  Life* life = nullptr;
   {
     const std::lock_guard<std::mutex> lock(mutex_);
-    Life* const life = LifeOf(id);
+    life = LifeOf(id);
     if (life == nullptr || life->mode != Mode::kDaemon || life->ownerId == 0) {
       return;
     }
@@ -113,7 +130,7 @@ void Services::HoldUntilOwnerIsWatched() {
   sim::MachineLock lock = machine_.Lock();
   (void)machine_.core().changed.wait_for(lock, kPatience, [&] {
     const std::lock_guard<std::mutex> inner(mutex_);
-    return thread->done || ownerIsWatched_;
+    return thread->done || life->ownerIsWatched;
   });
 }
 
@@ -137,17 +154,6 @@ void Services::Start(size_t slot, Mode mode, std::uint32_t ownerId) {
   Life& life = lives_[slot];
   Join(life);
   machine_.services.startedByManager = mode == Mode::kService;
-  if (ownerId != 0) {
-    ownerIsWatched_ = false;
-    machine_.faults.Before("WaitForSingleObject", 1, [this] {
-      {
-        const std::lock_guard<std::mutex> lock(mutex_);
-        ownerIsWatched_ = true;
-      }
-      const auto lock = machine_.Lock();
-      machine_.core().changed.notify_all();
-    });
-  }
   {
     const std::lock_guard<std::mutex> lock(mutex_);
     life.mode = mode;
@@ -155,6 +161,7 @@ void Services::Start(size_t slot, Mode mode, std::uint32_t ownerId) {
     life.processId = 0;
     life.alive = true;
     life.isWarm = false;
+    life.ownerIsWatched = false;
     life.ownerWatch.reset();
   }
   const Product product = ProductOf(slot);

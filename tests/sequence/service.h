@@ -52,6 +52,7 @@ class Services {
     std::uint32_t processId = 0;
     bool alive = false;
     bool isWarm = false;
+    bool ownerIsWatched = false;
     std::shared_ptr<sim::ThreadObject> ownerWatch;
     std::thread host;
   };
@@ -59,6 +60,7 @@ class Services {
   void FollowCalls();
   void OnWait();
   void HoldUntilWarm();
+  void OnWaitForObject();
   void HoldUntilOwnerIsWatched();
   void WaitForThread(const std::shared_ptr<sim::ThreadObject>& thread);
   Life* LifeOf(std::uint32_t processId);
@@ -72,7 +74,6 @@ class Services {
   std::mutex mutex_;  // taken inside the machine's lock, never around it
   std::condition_variable changed_;
   std::deque<std::uint32_t> waiting_;  // process ids in the order in which clients reach them
-  bool ownerIsWatched_ = false;
   bool isStopping_ = false;
   std::array<Life, kSlots> lives_;
 };

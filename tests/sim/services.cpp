@@ -34,14 +34,14 @@ bool Services::WaitForState(std::uint32_t state) {
 
 std::optional<std::uint32_t> Services::Send(std::uint32_t control) {
   MachineLock lock = core_.Lock();
-  if (!dispatching_ || handler_ == nullptr) {
+  if (dispatcher_ == 0 || handler_ == nullptr) {
     return std::nullopt;
   }
   const auto pending = std::make_shared<Control>();
   pending->code = control;
   controls_.push_back(pending);
   core_.changed.notify_all();
-  core_.changed.wait_for(lock, kPatience, [&] { return pending->done || !dispatching_; });
+  core_.changed.wait_for(lock, kPatience, [&] { return pending->done || dispatcher_ == 0; });
   return pending->done ? std::optional(pending->result) : std::nullopt;
 }
 
@@ -77,15 +77,16 @@ void Services::Dispatch(LPSERVICE_MAIN_FUNCTIONW serviceMain, const std::wstring
                         const std::function<void(std::function<void()>)>& startThread,
                         const std::function<bool()>& hasDied) {
   MachineLock lock = core_.Lock();
-  dispatching_ = true;
+  const std::uint64_t self = ++lastDispatcher_;
+  dispatcher_ = self;
   mainReturned_ = false;  // of an earlier process on this machine
   handler_ = nullptr;
-  startThread([this, serviceMain, name] {
+  startThread([this, serviceMain, name, self] {
     std::wstring argument = name;
     LPWSTR arguments[] = {argument.data(), nullptr};
     serviceMain(1, arguments);
     const MachineLock inner = core_.Lock();
-    mainReturned_ = true;
+    mainReturned_ = mainReturned_ || dispatcher_ == self;
     core_.changed.notify_all();
   });
   while (!IsOver() && !hasDied()) {
@@ -96,14 +97,16 @@ void Services::Dispatch(LPSERVICE_MAIN_FUNCTIONW serviceMain, const std::wstring
       Serve(lock, *control);
     }
   }
-  dispatching_ = false;
+  if (dispatcher_ == self) {
+    dispatcher_ = 0;
+  }
   core_.changed.notify_all();
 }
 
 bool Services::RegisterHandler(const std::wstring& name, LPHANDLER_FUNCTION_EX handler,
                                void* context) {
   const MachineLock lock = core_.Lock();
-  if (!dispatching_) {
+  if (dispatcher_ == 0) {
     return false;
   }
   registered_.push_back(Narrow(name));

@@ -84,7 +84,10 @@ class Services {
 
   Core& core_;
   Clock& clock_;
-  bool dispatching_ = false;
+  // Which dispatcher runs; 0 is none. One of a process that has died may end behind the next one's
+  // start.
+  std::uint64_t dispatcher_ = 0;
+  std::uint64_t lastDispatcher_ = 0;
   bool mainReturned_ = false;
   LPHANDLER_FUNCTION_EX handler_ = nullptr;
   void* context_ = nullptr;

@@ -1,5 +1,6 @@
 #include "tests/sim/services.h"
 
+#include <future>
 #include <string>
 #include <thread>
 
@@ -34,6 +35,36 @@ void ServiceMain(DWORD, LPWSTR*) {
   Report(SERVICE_STOPPED);
 }
 
+// The dispatcher of a process whose service's thread never runs.
+class IdleDispatcher {
+ public:
+  explicit IdleDispatcher(Machine& machine) : machine_(machine) {
+    std::promise<void> begun;
+    thread_ = std::thread([this, &begun] {
+      machine_.services.Dispatch(
+          ServiceMain, L"Probe", [&](const auto&) { begun.set_value(); },
+          [this] { return hasDied_; });
+    });
+    begun.get_future().wait();
+  }
+
+  // A sleeping dispatcher finds it out when it is woken.
+  void ProcessDies() {
+    const MachineLock lock = machine_.Lock();
+    hasDied_ = true;
+  }
+
+  void WakeAndJoin() {
+    machine_.core().changed.notify_all();
+    thread_.join();
+  }
+
+ private:
+  Machine& machine_;
+  bool hasDied_ = false;
+  std::thread thread_;
+};
+
 class ServiceCalls : public MachineTest {};
 
 TEST_F(ServiceCalls, TheDispatcherRunsTheServiceUntilItIsStopped) {
@@ -55,6 +86,17 @@ TEST_F(ServiceCalls, TheDispatcherRunsTheServiceUntilItIsStopped) {
   }
   EXPECT_EQ(states, (std::vector<DWORD>{4, 3, 1}));
   CloseHandle(stopWait);
+}
+
+TEST_F(ServiceCalls, ADispatcherThatOutlivesItsProcessLeavesTheNextOneAlone) {
+  IdleDispatcher killed(machine);
+  killed.ProcessDies();
+  IdleDispatcher next(machine);
+  killed.WakeAndJoin();
+  EXPECT_TRUE(machine.services.RegisterHandler(L"Probe", Handle, nullptr));
+  next.ProcessDies();
+  next.WakeAndJoin();
+  EXPECT_FALSE(machine.services.RegisterHandler(L"Probe", Handle, nullptr));
 }
 
 TEST_F(ServiceCalls, StartedByHandTheDispatcherFailsWith1063) {
