@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
 # Installs what is missing, builds both worlds and runs what everybody should wait for; ends at the
 # first stage that fails. Each stage shows its time and its counts.
-#   --all       also the packages, clang-tidy, ThreadSanitizer, all fault scenes, fuzzing, the short
-#               soaks, the quick benchmarks and --real
+#   --all       also the packages, clang-tidy, ThreadSanitizer, all fault scenes, 10,000 sequences,
+#               fuzzing, the short soaks, the quick benchmarks and --real
 #   --real      also the real Xray and tun2socks, built from their Go modules, and Node.js as a client;
 #               what a machine can't do for want of Go or npm is shown as skipped
 #   --soak      300 connects under Wine, 100,000 simulated ones, and both commands of the README on a
@@ -115,6 +115,7 @@ if [ "$mode" = --all ]; then
   stage "The client's screen in a terminal" in_lane scripts/check_client_screen.sh
   stage "The client's page in a browser" in_lane scripts/check_client_page.sh
   stage "All fault scenes, the simulated soak" scripts/run_ctest.sh build/native native-long
+  stage "10,000 sequences of events" scripts/sequences.sh --plain --count 10000 --jobs 2
   stage "Soak under Wine" scripts/run_ctest.sh build/windows windows-long
   stage "clang-tidy" scripts/build.sh native --target tidy
   stage "Build of the simulated machine, ThreadSanitizer" scripts/build.sh native-tsan

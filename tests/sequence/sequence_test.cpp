@@ -3,11 +3,19 @@
 
 #include <algorithm>
 
+#include "tests/sequence/batch.h"
 #include "tests/sequence/run.h"
 #include "tests/sequence/shrink.h"
 
 namespace sequence {
 namespace {
+
+TEST(Sequences, FiveHundredShowWhatTheModelSays) {
+  const Report report = RunAll({0, 500}, 2);
+  EXPECT_EQ(report.failure, "");
+  EXPECT_EQ(report.done, 500u);
+  EXPECT_EQ(report.table.Mistakes(), std::vector<std::string>()) << report.table.Text();
+}
 
 TEST(SequenceMaking, ASeedGivesTheSameEventsEachTime) {
   EXPECT_EQ(TextOf(MakeSequence(7)), TextOf(MakeSequence(7)));
