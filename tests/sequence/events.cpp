@@ -128,7 +128,7 @@ const std::vector<EventKind>& AllEventKinds() {
       {"disk", {"ok", "full"}, -2},
       {"panel", {"ok", "refuse", "cut", "hang", "500", "slow", "sub"}, -5},
       {"xray", {"ok", "dead", "deaf", "late", "faints", "nostart", "stubborn"}, -5},
-      {"tun", {"ok", "dead", "noadapter", "down", "late", "ghost", "nostart"}, -5},
+      {"tun", {"ok", "dead", "noadapter", "down", "late", "ghost", "nostart", "numbered"}, -5},
       {"netsh", {"ok", "hang", "fail"}, -3},
       {"vpn", {"off", "on"}, -2},
       {"proxy", {"off", "on", "bare"}, -2},

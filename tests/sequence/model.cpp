@@ -405,7 +405,7 @@ std::string Model::BringUp(Service& service) {
   service.tun->dead = tun == "dead";
   if (tun == "dead" || tun == "noadapter") return "wintun adapter not created";
   netmodel::Adapter adapter;
-  adapter.friendlyName = "tavrin";
+  adapter.friendlyName = tun == "numbered" ? "tavrin 9" : "tavrin";
   adapter.description = "tun2socks Tunnel";
   adapter.ifType = 53;
   adapter.mtu = 65535;
@@ -418,7 +418,7 @@ std::string Model::BringUp(Service& service) {
   if (tun == "ghost") return "tun2socks exited early";
   added.addresses = {{Ip(kTunAddress), 24}};
   added.dadTransmits = 0;
-  expected_.acts.push_back("address \"tavrin\", 192.168.123.1/24");
+  expected_.acts.push_back("address " + Quoted(service.tunAlias) + ", 192.168.123.1/24");
   Trace("set tun address (api)");
   expected_.acts.push_back("name server \"1.1.1.1\"");
   (void)network_.SetDnsServers(added.guid, "1.1.1.1");

@@ -46,6 +46,7 @@ sim::Script TunScript(const std::string& value) {
   plan.vanishesAfter = 100;
   plan.adapter.addresses = {{Ip("169.254.10.20"), 16}};  // as the platform gives it by itself
   if (value == "down") plan.upAfter.reset();
+  if (value == "numbered") plan.adapter.friendlyName = "tavrin 9";
   if (value == "dead") return sim::Script().Exits(1, 5);
   if (value == "noadapter") return sim::Idle();
   if (value == "nostart") return sim::Script().FailsToStart(ERROR_ACCESS_DENIED);
