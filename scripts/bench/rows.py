@@ -54,9 +54,9 @@ def calls(name, title):
                lambda median: median == 0, "{:+.0f}", is_count=True)
 
 
-def memory(name, title):
-    return Row(f"private memory, {title}", "an empty executable", "≤ 1024 KiB more",
-               lambda data: scaled(difference(data, name, "service", "empty"), 1 / KIB),
+def memory(name, title, peer, floor):
+    return Row(f"private memory, {title}", floor, "≤ 1024 KiB more",
+               lambda data: scaled(difference(data, name, "service", peer), 1 / KIB),
                at_most(KIB), "{:+.0f} KiB")
 
 
@@ -108,8 +108,10 @@ ROWS = [
         lambda data: plain(data, "executable", "service", 1 / KIB), at_most(330), "{:.0f} KiB"),
     Row("the executable's bytes", "a comparable program", "",
         lambda data: ratio(data, "executable", "service", "comparable"), None),
-    memory("memory-idle", "idle"),
-    memory("memory-peak", "peak of a connect"),
+    memory("memory-idle", "idle", "empty", "an empty executable"),
+    memory("memory-idle", "idle", "threaded", "one that has ended a thread"),
+    memory("memory-peak", "peak of a connect", "empty", "an empty executable"),
+    memory("memory-peak", "peak of a connect", "threaded", "one that has ended a thread"),
     Row("private memory, each of 10,000 nodes", "none", "≤ 2 KiB",
         lambda data: scaled(per_item(data, "memory-nodes"), 1 / KIB), at_most(2), "{:.2f} KiB"),
     Row("start to first answer", "an empty executable, start to end", "≤ 1.3",

@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # memory.sh --out FILE [--quick] [--rounds N]: the private memory of the service, and that of an empty
 # executable that waits, in turn, as the kernel counts it for the process under Wine: idle, at the peak of
-# a connect, and with many nodes beside few of them. To be run in a lane, with the test panel.
+# a connect, and with many nodes beside few of them. A third subject is the empty executable with what Wine
+# keeps of any program that has ended a thread. To be run in a lane, with the test panel.
 set -euo pipefail
 root=$(cd "$(dirname "$0")/../../.." && pwd)
 build=$root/build/windows
@@ -70,10 +71,10 @@ write() { # write FIGURE SUBJECT SIZE KEY
     "$1" "$2" "$3" "${samples[$4]}" >>"$out"
 }
 
-measure_empty() {
-  start "$build/bench/bench_waiting.exe"
+measure_waiting() { # measure_waiting KEY [ARGUMENT]
+  start "$box/bench_waiting.exe" "${@:2}"
   settle "$started"
-  add empty
+  add "$1"
   kill "$started"
   wait "$started" 2>/dev/null || true
 }
@@ -123,8 +124,10 @@ measure_nodes() {
 }
 
 lay_out
+cp "$build/bench/bench_waiting.exe" "$box/"
 for _ in $(seq "$rounds"); do
-  measure_empty
+  measure_waiting empty
+  measure_waiting threaded thread
   measure_service
 done
 sign_in_at_panel
@@ -134,7 +137,9 @@ for _ in $(seq "$rounds"); do
 done
 write memory-idle service 0 idle
 write memory-idle empty 0 empty
+write memory-idle threaded 0 threaded
 write memory-peak service 0 peak
 write memory-peak empty 0 empty
+write memory-peak threaded 0 threaded
 write memory-nodes service "$few" "nodes-$few"
 write memory-nodes service "$many" "nodes-$many"
