@@ -32,12 +32,13 @@ for fault in "${faults[@]}"; do
   if ! scripts/build.sh sequences >"$copy/planted.log"; then
     printf '%-48s %9s  %s\n' "$fault" - 'does not build'
     bad=$((bad + 1))
-  elif build/sequences/tests/sequence/sequence_tests --count "$count" >"$copy/planted.log" 2>&1; then
+  elif build/sequences/tests/sequence/sequence_tests --count "$count" --jobs "$(nproc)" \
+    >"$copy/planted.log" 2>&1; then
     printf '%-48s %9s  %s\n' "$fault" - "NOT FOUND in $count sequences"
     bad=$((bad + 1))
   else
-    held=$(sed -n 's/^\([0-9]*\) sequences held before it$/\1/p' "$copy/planted.log")
-    printf '%-48s %9s  %s\n' "$fault" $((held + 1)) "$(grep -m 1 '^  ' "$copy/planted.log" | sed 's/^ *//')"
+    seed=$(sed -n 's/^seed \([0-9]*\) fails.*/\1/p' "$copy/planted.log")
+    printf '%-48s %9s  %s\n' "$fault" $((seed + 1)) "$(grep -m 1 '^  ' "$copy/planted.log" | sed 's/^ *//')"
   fi
   patch -R -p1 -s <"$patches/$fault.patch"
 done

@@ -264,7 +264,7 @@ class Life {
 
 struct Seeds {
   std::uint64_t first = 1;
-  std::uint64_t count = 200;
+  std::uint64_t count = TAVRIN_THREAD_SEEDS;
 };
 
 // TAVRIN_THREAD_SEED: this one alone.

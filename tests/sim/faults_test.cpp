@@ -58,6 +58,18 @@ TEST_F(FaultCalls, SeveralCallsOfAllFail) {
   EXPECT_TRUE(HasJob());
 }
 
+TEST_F(FaultCalls, WhatWasChosenByCountCanBeGivenUp) {
+  machine.faults.FailAt(2);
+  machine.faults.FailFrom(3);
+  machine.faults.Fail("DeleteFileW");
+  machine.faults.FailNoMore();
+  EXPECT_TRUE(HasJob());
+  EXPECT_TRUE(HasJob());
+  EXPECT_TRUE(HasJob());
+  machine.files.Put(L"C:\\run\\a", "text");
+  EXPECT_EQ(DeleteFileW(L"C:\\run\\a"), FALSE) << "chosen by its name";
+}
+
 TEST_F(FaultCalls, AFailedCallHasDoneNothing) {
   machine.files.Put(L"C:\\run\\a", "text");
   machine.faults.FailAlways("DeleteFileW");
@@ -122,6 +134,14 @@ TEST_F(FaultCalls, AChildThatIsNotYetInTheJobSurvivesAsAnOrphan) {
   EXPECT_EQ(machine.processes.Alive(), Texts{"child.exe"});
 }
 
+TEST_F(FaultCalls, AProcessCanBeKilledInFrontOfTheNthCallOfAFunction) {
+  machine.faults.KillBefore("CreateJobObjectW", 2);
+  EXPECT_FALSE(machine.RunProcess(HasJob).killed);
+  EXPECT_TRUE(machine.RunProcess(HasJob).killed);
+  EXPECT_FALSE(machine.RunProcess(HasJob).killed) << "once";
+  EXPECT_EQ(machine.calls.Count("CreateJobObjectW"), 2u) << "the one in between was never made";
+}
+
 TEST_F(FaultCalls, AProcessCanBeKilledAtEveryCallAndTheNextOneRuns) {
   machine.RunProcess(RunSmallProduct);
   const std::uint64_t calls = machine.faults.FallibleCount();
@@ -180,6 +200,16 @@ TEST_F(FaultCalls, TheLogTellsNameArgumentsAndOrder) {
   EXPECT_EQ(machine.calls.TextsOf("GetFileAttributesW"), Texts{"\"C:\\中\""});
   EXPECT_EQ(machine.calls.TextsOf("CloseHandle"), Texts{"job"});
   EXPECT_TRUE(machine.calls.All()[1].failed);
+}
+
+TEST_F(FaultCalls, TheLogTellsWhatAProcessAskedForLast) {
+  (void)GetFileAttributesW(L"C:\\run");
+  const ProcessRun other = machine.RunProcess([] { (void)GetFileAttributesW(L"C:\\other"); });
+  const std::uint32_t self = machine.ThisProcess()->id;
+  (void)GetFileAttributesW(L"C:\\run\\child.exe");
+  EXPECT_EQ(machine.calls.LatestText("GetFileAttributesW", self), "\"C:\\run\\child.exe\"");
+  EXPECT_EQ(machine.calls.LatestText("GetFileAttributesW", other.processId), "\"C:\\other\"");
+  EXPECT_EQ(machine.calls.LatestText("DeleteFileW", self), "");
 }
 
 }  // namespace
