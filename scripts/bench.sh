@@ -42,8 +42,12 @@ measure() {
 
 in_lane() { tests/e2e/in_lane.sh build/windows/lanes "$@"; }
 
+# On one processor: on several the figures would say where the scheduler has put the client, the service and
+# Wine's server, and how deep the processors slept.
+processor=$(taskset -cp $$ | sed 's/.*: //; s/[-,].*//')
 measure_in_wine() {
-  measure in_lane tests/e2e/run_in_wine.sh "build/windows/bench/bench_$1.exe" --out "Z:$part"
+  measure taskset -c "$processor" tests/e2e/in_lane.sh build/windows/lanes tests/e2e/run_in_wine.sh \
+    "build/windows/bench/bench_$1.exe" --out "Z:$part"
 }
 
 bytes_of() {

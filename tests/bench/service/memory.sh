@@ -31,13 +31,13 @@ look_at() {
   done <"/proc/$1/smaps_rollup" || true
 }
 
-# Sets `private` when it has stayed the same for half a second.
+# Sets `private` when it has stayed the same for a second.
 settle() {
   local last=-1 same=0
   for _ in $(seq 200); do
     look_at "$1"
     if [ "$private" = "$last" ]; then same=$((same + 1)); else same=0; fi
-    [ "$same" -lt 5 ] || return 0
+    [ "$same" -lt 10 ] || return 0
     last=$private
     sleep 0.1
   done
