@@ -138,7 +138,7 @@ const std::vector<EventKind>& AllEventKinds() {
       {"die", {"xray", "tun", "both"}, 5},
       {"adapter", {"vanish", "rename", "reindex", "down"}, 4},
       {"foreign", {"pin", "split", "other"}, 2},
-      {"clock", {"tick", "under", "exact", "over", "sleep", "wrap"}, 10},
+      {"clock", {"tick", "under", "exact", "over", "sleep", "wrap", "edge"}, 10},
       {"start", {"daemon", "owner", "console", "service", "lost"}, 10},
       {"second", {"owner", "daemon"}, 4},
       {"stop", {"1", "1", "2"}, 4},

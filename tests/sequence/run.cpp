@@ -104,6 +104,12 @@ class Run {
     return found;
   }
 
+  // Until so long before the next wrap of the 32-bit tick.
+  std::uint64_t TimeUntilWrap(std::uint64_t left) {
+    constexpr std::uint64_t kWrap = 0x1'0000'0000;
+    return (kWrap - left + kWrap - Now() % kWrap) % kWrap;
+  }
+
   void LetTimePass(const std::string& value) {
     sim::Clock& clock = world_.machine().clock;
     const std::uint64_t age = model_.CacheAge(Now());
@@ -113,8 +119,8 @@ class Run {
                                                     : 0;
     if (value == "sleep") {
       clock.Advance(8 * 3'600'000);
-    } else if (value == "wrap") {
-      clock.Advance(0x100000000U - 20 - (Now() + 0x100000000U - 20) % 0x100000000U);
+    } else if (value == "wrap" || value == "edge") {
+      clock.Advance(TimeUntilWrap(value == "wrap" ? 20 : 5000));
     } else {
       clock.Advance(age != 0 && age < wanted ? wanted - age : 1);
     }

@@ -19,13 +19,14 @@ std::wstring WithoutTrailingSeparator(std::wstring path) {
   return path;
 }
 
+// Folding keeps the length.
 bool SamePath(const std::wstring& a, const std::wstring& b) {
-  return Fold(a) == Fold(b);
+  return a.size() == b.size() && Fold(a) == Fold(b);
 }
 
 bool IsBelow(const std::wstring& path, const std::wstring& directory) {
   const std::wstring prefix = directory.back() == L'\\' ? directory : directory + L"\\";
-  return Fold(path).rfind(Fold(prefix), 0) == 0;
+  return path.size() >= prefix.size() && Fold(path).rfind(Fold(prefix), 0) == 0;
 }
 
 }  // namespace
