@@ -158,7 +158,7 @@ std::map<std::string, std::vector<std::string>> Conditions::HostNames() const {
       {"node.example", {"198.51.100.14"}}};
   if (names == "1") {
     hosts["panel.example"] = {"203.0.113.75"};
-    hosts["device.example"] = {"203.0.113.73", "203.0.113.74"};
+    hosts["device.example"] = {"198.51.100.7", "203.0.113.73"};  // the first is a node too
   } else if (names == "2") {
     hosts["panel.example"] = {};
     hosts["download.example"] = {};
