@@ -23,6 +23,9 @@ add_subdirectory(tests/sim)  # gives the target tavrin_sim
 # The whole product, wmain included, as one library against the simulated platform.
 add_library(tavrin_core STATIC ${TAVRIN_SOURCES})
 target_link_libraries(tavrin_core PUBLIC tavrin_options tavrin_sim)
+# As in the Windows build. The coverage build goes without.
+target_precompile_headers(tavrin_core PRIVATE
+  <windows.h> <algorithm> <optional> <string> <string_view> <vector>)
 if(TAVRIN_COVERAGE)
   # Without the clean-up paths of exceptions, which the product neither throws nor catches.
   target_compile_options(tavrin_core PRIVATE --coverage -O0 -fno-exceptions)

@@ -1,11 +1,11 @@
 #include "tests/sequence/run.h"
 
 #include <algorithm>
-#include <regex>
 
 #include "tests/fault/network_lines.h"
 #include "tests/sequence/model.h"
 #include "tests/sequence/observation.h"
+#include "tests/sequence/pattern.h"
 #include "tests/sequence/world.h"
 
 namespace sequence {
@@ -22,7 +22,7 @@ bool IsOpen(const Event& event) {
 // What the service may have changed, whatever failed: routes to the hosts that it pins, everything
 // of its own adapter, and the IPv6 settings and name servers of the physical interface.
 Lines ForeignLines(const netmodel::Network& network) {
-  static const auto& ours = *new std::regex(
+  static const Pattern ours(
       "(route (以太网|以太网 2|WLAN) "
       "(203\\.0\\.113\\.(10|7[0-7])|198\\.51\\.100\\.(7|9|1[2-4]))/32 via "
       "192\\.168\\.[12]\\.(1|254) .*)|"
@@ -30,21 +30,21 @@ Lines ForeignLines(const netmodel::Network& network) {
       "(adapter (以太网|以太网 2|WLAN): .*)|(ipv6 of (以太网|以太网 2|WLAN): .*)|"
       "(ipv6 route (以太网|以太网 2) ::/0)");
   Lines lines = fault::LinesOf(network);
-  std::erase_if(lines, [](const std::string& line) { return std::regex_match(line, ours); });
+  std::erase_if(lines, [](const std::string& line) { return ours.Matches(line); });
   return lines;
 }
 
 bool IsWellFormedReply(const std::string& reply) {
-  static const auto& form = *new std::regex(
+  static const Pattern form(
       R"re(\{"ok":(true,"running":(true|false),"error":""|false,"running":(true|false),"error":"[^"]+")\})re");
-  return std::regex_match(reply, form);
+  return form.Matches(reply);
 }
 
 bool IsKnownLogLine(const std::string& line) {
-  static const auto& forms = *new std::regex(
+  static const Pattern forms(
       "ipc op=.*|ipc error=.+|ipc read failed err=[0-9]+|ipc write reply failed err=[0-9]+|"
       "daemon stopped|stopped\\.|service stopped|ui process exited; stopping helper");
-  return std::regex_match(line, forms);
+  return forms.Matches(line);
 }
 
 class Run {

@@ -4,6 +4,7 @@
 #include <algorithm>
 
 #include "tests/sequence/batch.h"
+#include "tests/sequence/pattern.h"
 #include "tests/sequence/run.h"
 #include "tests/sequence/shrink.h"
 
@@ -15,6 +16,15 @@ TEST(Sequences, FiveHundredShowWhatTheModelSays) {
   EXPECT_EQ(report.failure, "");
   EXPECT_EQ(report.done, 500u);
   EXPECT_EQ(report.table.Mistakes(), std::vector<std::string>()) << report.table.Text();
+}
+
+TEST(SequencePattern, StandsForTheWholeText) {
+  const Pattern pattern("route (a|b) [0-9]+ \\{x\\}|b\\.");
+  EXPECT_TRUE(pattern.Matches("route b 12 {x}"));
+  EXPECT_TRUE(pattern.Matches("b."));
+  EXPECT_FALSE(pattern.Matches("route b 12 {x} "));
+  EXPECT_FALSE(pattern.Matches(" b."));
+  EXPECT_FALSE(pattern.Matches("bx"));
 }
 
 TEST(SequenceMaking, ASeedGivesTheSameEventsEachTime) {

@@ -158,7 +158,8 @@ void World::SetUpPanel() {
 
 void World::SetConditions(const std::string& name) {
   const auto lock = machine().Lock();
-  if (conditions_["dir"] == "back") PutFiles();
+  const bool isOfFiles = name == "account" || name == "node" || name == "hosts" || name == "files";
+  if (isOfFiles && conditions_["dir"] == "back") PutFiles();
   PutScripts();
   for (const auto& [host, addresses] : conditions_.HostNames()) {
     machine().names.Set(host, addresses.empty() ? sim::HostEntry{.error = WSAHOST_NOT_FOUND}
