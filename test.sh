@@ -19,6 +19,7 @@ esac
 
 mkdir -p build
 table=()
+ahead=
 passed=0
 failed=0
 skipped=0
@@ -62,6 +63,20 @@ stage() {
   [ "$good" = 1 ] || finish
 }
 
+# A build beside another stage: a group of processes of its own, which ends with this script at the latest.
+begin_native_build() {
+  setsid nice -n 19 scripts/build.sh native >build/ahead.log 2>&1 &
+  ahead=$!
+  trap '[ -z "$ahead" ] || kill -- "-$ahead" 2>/dev/null || true' EXIT
+}
+end_native_build() {
+  local status=0
+  wait "$ahead" || status=$?
+  ahead=
+  cat build/ahead.log
+  return "$status"
+}
+
 soak_in_wine() {
   TAVRIN_SOAK_ROUNDS=300 tests/e2e/in_lane.sh build/windows/lanes tests/e2e/run_in_wine.sh \
     build/windows/e2e/e2e_tests.exe '--gtest_filter=Soak.*'
@@ -82,8 +97,10 @@ stage "Format" scripts/check_format.sh
 stage "Documents" scripts/check_docs.sh
 stage "The order of the rooms" scripts/check_layers.sh
 stage "Build for Windows" scripts/build.sh windows
+# The tests under Wine wait for a good part of their time; the next build uses it.
+begin_native_build
 stage "Contract and end-to-end tests under Wine" scripts/run_ctest.sh build/windows windows
-stage "Build of the simulated machine, AddressSanitizer and UBSan" scripts/build.sh native
+stage "The rest of the build of the simulated machine, ASan and UBSan" end_native_build
 stage "Unit, contract and fault tests on the simulated machine" scripts/run_ctest.sh build/native native
 
 # in_lane SCRIPT: a check that runs the built programs.
