@@ -44,12 +44,15 @@ std::string PipeClient::Read(size_t count) {
     char chunk[4096];
     std::uint32_t got = 0;
     std::uint32_t error = 0;
+    const size_t before = bytes.size();
     while (error == 0 && bytes.size() < count) {
       const size_t wanted = std::min(sizeof chunk, count - bytes.size());
       error = end_->Read(chunk, static_cast<std::uint32_t>(wanted), &got);
       bytes.append(chunk, got);
     }
-    machine_.core().changed.notify_all();
+    if (bytes.size() > before) {
+      machine_.core().changed.notify_all();
+    }
     return bytes.size() == count || error != kPending;
   });
   return bytes;
