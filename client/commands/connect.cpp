@@ -56,7 +56,7 @@ std::wstring StepDetail(size_t step) {
 std::vector<std::int64_t> EarlierMedians(const std::wstring& path) {
   FileTail tail;
   (void)ReadFileTail(path, kTraceLimit, tail);  // without one there are no estimates
-  return MedianTimes(ParseTrace(tail.text, tail.isCut).connects);
+  return MedianTimes(ParseTrace(std::move(tail.text), tail.isCut).connects);
 }
 
 ConnectOutcome SendConnect(const CommandLine& line, Screen& screen, const ConnectPlan& plan,

@@ -2,6 +2,7 @@
 #include <windows.h>
 
 #include <algorithm>
+#include <utility>
 
 #include "client/commands/commands.h"
 #include "client/console/moving_line.h"
@@ -99,7 +100,7 @@ std::string TraceSection(const Patient& patient) {
   if (!ReadFileTail(TracePath(patient.place.directory), kTraceLimit, tail)) {
     return "## Connects\n\nThe trace can't be read.\n\n";
   }
-  const std::vector<ConnectTrace> connects = ParseTrace(tail.text, tail.isCut).connects;
+  const std::vector<ConnectTrace> connects = ParseTrace(std::move(tail.text), tail.isCut).connects;
   const size_t first = connects.size() - std::min(connects.size(), kConnects);
   std::string text;
   StepMedians before;

@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <utility>
 
 #include "client/commands/commands.h"
 #include "client/exit_codes.h"
@@ -28,7 +29,7 @@ ReadTrace ReadWholeTrace() {
   FileTail tail;
   trace.isReadable = ReadFileTail(trace.path, kTraceLimit, tail);
   trace.isCut = tail.isCut;
-  trace.text = ParseTrace(tail.text, tail.isCut);
+  trace.text = ParseTrace(std::move(tail.text), tail.isCut);
   return trace;
 }
 

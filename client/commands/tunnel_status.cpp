@@ -1,6 +1,7 @@
 #include "client/commands/tunnel_status.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "client/trace/connect_trace.h"
 #include "client/trace/trace_file.h"
@@ -58,7 +59,7 @@ LastConnect ReadLastConnect(const ServicePlace& place) {
   if (!LastWrite(path, written) || !ReadFileTail(path, kTail, tail)) {
     return last;
   }
-  const TraceText trace = ParseTrace(tail.text, tail.isCut);
+  const TraceText trace = ParseTrace(std::move(tail.text), tail.isCut);
   if (!trace.connects.empty() && trace.connects.back().isComplete()) {
     last.time = trace.connects.back().totalTime();
     last.age = SecondsSince(written);

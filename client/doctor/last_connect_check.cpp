@@ -1,5 +1,6 @@
 // What the trace says of the last connect.
 #include <algorithm>
+#include <utility>
 
 #include "client/doctor/checks.h"
 #include "client/doctor/file_look.h"
@@ -66,7 +67,7 @@ Finding CheckLastConnect(const Patient& patient) {
   if (!ReadFileTail(path, kTraceLimit, tail)) {
     return Remark(path + L" can't be read", L"try again when no connect is under way");
   }
-  const TraceText trace = ParseTrace(tail.text, tail.isCut);
+  const TraceText trace = ParseTrace(std::move(tail.text), tail.isCut);
   if (trace.connects.empty()) {
     return Remark(path + L" holds no connect", L"delete the file; the next connect makes it anew");
   }

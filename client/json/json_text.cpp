@@ -22,7 +22,7 @@ void PutText(Json& object, const char* key, const std::wstring& text) {
   PutUtf8(object, key, WideToUtf8(text));
 }
 
-void PutUtf8(Json& object, const char* key, const std::string& text) {
+void PutUtf8(Json& object, const char* key, std::string_view text) {
   object[key] = text;
 }
 

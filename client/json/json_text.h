@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <string_view>
 
 #include <nlohmann/json.hpp>
 
@@ -18,7 +19,7 @@ Json NewJson();
 // A key with its value, behind those that are there. One function for each kind, since the
 // library's own way makes much more code at each place.
 void PutText(Json& object, const char* key, const std::wstring& text);
-void PutUtf8(Json& object, const char* key, const std::string& text);
+void PutUtf8(Json& object, const char* key, std::string_view text);
 void PutNumber(Json& object, const char* key, std::int64_t number);
 void PutFlag(Json& object, const char* key, bool flag);
 // Null without a value.

@@ -74,6 +74,12 @@ std::wstring DirectoryOfRunningService() {
   return {};
 }
 
+// Where the service's program is when none runs: as it is installed, else beside this program.
+std::wstring DirectoryAtRest(const std::wstring& commandLine) {
+  std::wstring directory = DirectoryOf(ProgramOfCommandLine(commandLine));
+  return directory.empty() ? DirectoryOf(ModulePath()) : directory;
+}
+
 std::wstring CommandLineOf(SC_HANDLE service) {
   DWORD size = 0;
   (void)QueryServiceConfigW(service, nullptr, 0, &size);  // fails; tells the size
@@ -167,10 +173,7 @@ ServicePlace FindServicePlace(const std::wstring& chosenRuntime) {
   const std::wstring& commandLine = place.installed.commandLine;
   place.directory = DirectoryOfRunningService();
   if (place.directory.empty()) {
-    place.directory = DirectoryOf(ProgramOfCommandLine(commandLine));
-  }
-  if (place.directory.empty()) {
-    place.directory = DirectoryOf(ModulePath());
+    place.directory = DirectoryAtRest(commandLine);
   }
   place.runtimeDir = chosenRuntime;
   if (place.runtimeDir.empty()) {
@@ -184,7 +187,7 @@ ServicePlace FindServicePlace(const std::wstring& chosenRuntime) {
 
 std::wstring FindServiceDirectory() {
   const std::wstring running = DirectoryOfRunningService();
-  return running.empty() ? FindServicePlace({}).directory : running;
+  return running.empty() ? DirectoryAtRest(FindInstalledService().commandLine) : running;
 }
 
 std::wstring RuntimeOfCommandLine(const std::wstring& commandLine) {

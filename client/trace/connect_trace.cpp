@@ -1,6 +1,7 @@
 #include "client/trace/connect_trace.h"
 
 #include <charconv>
+#include <utility>
 
 namespace vpn {
 namespace {
@@ -9,14 +10,21 @@ constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 constexpr std::string_view kFirstLabel = "stop() ";
 constexpr std::string_view kLastLabel = "ipv6 leak blocked";
 constexpr std::string_view kTotal = "ms  total ";
+constexpr std::string_view kUnit = "ms";
 constexpr size_t kUsualMarks = 14;
 
+bool IsBlank(char byte) {
+  return byte == ' ' || byte == '\t' || byte == '\r';
+}
+
 std::string_view Trim(std::string_view text) {
-  const size_t first = text.find_first_not_of(" \t\r");
-  if (first == std::string_view::npos) {
-    return {};
+  while (!text.empty() && IsBlank(text.front())) {
+    text.remove_prefix(1);
   }
-  return text.substr(first, text.find_last_not_of(" \t\r") - first + 1);
+  while (!text.empty() && IsBlank(text.back())) {
+    text.remove_suffix(1);
+  }
+  return text;
 }
 
 // A decimal number and nothing else around it but blanks.
@@ -50,25 +58,27 @@ bool ConnectTrace::isComplete() const {
 
 bool ParseTraceLine(std::string_view line, TraceMark& mark) {
   line = Trim(line);
-  const size_t plus = line.rfind('+');
-  const size_t total = line.rfind(kTotal);
-  if (plus == std::string_view::npos || total == std::string_view::npos || total < plus ||
-      !line.ends_with("ms")) {
+  if (!line.ends_with(kUnit)) {
     return false;
   }
-  const size_t behindTotal = total + kTotal.size();
-  const std::string_view label = Trim(line.substr(0, plus));
-  if (behindTotal + 2 > line.size() || !IsLabel(label) ||
-      !ParseNumber(line.substr(plus + 1, total - plus - 1), mark.step) ||
-      !ParseNumber(line.substr(behindTotal, line.size() - behindTotal - 2), mark.total)) {
+  line.remove_suffix(kUnit.size());
+  const size_t total = line.rfind(kTotal.front());  // a number has no such letter
+  if (total == std::string_view::npos || !line.substr(total).starts_with(kTotal)) {
     return false;
   }
-  mark.label = label;
-  return true;
+  const size_t plus = line.rfind('+', total);
+  if (plus == std::string_view::npos) {
+    return false;
+  }
+  mark.label = Trim(line.substr(0, plus));
+  return IsLabel(mark.label) && ParseNumber(line.substr(plus + 1, total - plus - 1), mark.step) &&
+         ParseNumber(line.substr(total + kTotal.size()), mark.total);
 }
 
-TraceText ParseTrace(std::string_view text, bool isCut) {
+TraceText ParseTrace(std::string whole, bool isCut) {
   TraceText result;
+  const auto kept = std::make_shared<const std::string>(std::move(whole));
+  std::string_view text = *kept;
   if (text.starts_with(kByteOrderMark)) {
     text.remove_prefix(kByteOrderMark.size());
   }
@@ -88,9 +98,10 @@ TraceText ParseTrace(std::string_view text, bool isCut) {
       continue;
     }
     if (Begins(mark, result.connects)) {
-      result.connects.emplace_back().marks.reserve(kUsualMarks);
+      result.connects.emplace_back().text = kept;
+      result.connects.back().marks.reserve(kUsualMarks);
     }
-    result.connects.back().marks.push_back(std::move(mark));
+    result.connects.back().marks.push_back(mark);
   }
   return result;
 }

@@ -52,10 +52,10 @@ constexpr MarkMeaning kMeanings[] = {
     {"ipv6 leak blocked", 9, true, false},
 };
 
-const MarkMeaning* MeaningOf(const std::string& label) {
+const MarkMeaning* MeaningOf(std::string_view label) {
   const auto* const found =
       std::find_if(std::begin(kMeanings), std::end(kMeanings),
-                   [&label](const MarkMeaning& meaning) { return meaning.label == label; });
+                   [label](const MarkMeaning& meaning) { return meaning.label == label; });
   return found == std::end(kMeanings) ? nullptr : found;
 }
 
@@ -71,11 +71,12 @@ bool IsOptionalStep(size_t step) {
 
 StepList StepsOf(const ConnectTrace& connect) {
   StepList result;
+  result.steps.reserve(kStepCount);
   std::uint64_t end = 0;  // of the last mark that a step knows
   for (const TraceMark& mark : connect.marks) {
     const MarkMeaning* const meaning = MeaningOf(mark.label);
     if (meaning == nullptr) {
-      result.unknown.push_back(mark.label);
+      result.unknown.emplace_back(mark.label);
       continue;
     }
     if (result.steps.empty() || result.steps.back().index != meaning->step) {

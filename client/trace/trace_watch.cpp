@@ -1,5 +1,7 @@
 #include "client/trace/trace_watch.h"
 
+#include <utility>
+
 #include "client/trace/trace_file.h"
 
 namespace vpn {
@@ -43,7 +45,7 @@ void TraceWatch::readNow() {
     from_ = 0;  // somebody deleted the file meanwhile
   }
   if (ReadFileFrom(path_, from_, kTraceLimit, bytes)) {
-    text_ = ParseTrace(bytes);
+    text_ = ParseTrace(std::move(bytes));
     readSize_ = size;
   }
 }

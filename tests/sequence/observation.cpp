@@ -186,11 +186,12 @@ Lines Differences(const Expected& expected, const Observed& observed) {
 
 Lines Differences(const Model& model, sim::Machine& machine) {
   Lines found;
-  CompareSets("network", fault::LinesOf(model.network()), NetworkLines(machine), found);
-  CompareSets("children", model.Alive(), AliveChildren(machine), found);
+  CompareSets("network", fault::LinesOf(model.machine().network), NetworkLines(machine), found);
+  CompareSets("children", model.machine().Alive(), AliveChildren(machine), found);
   CompareSets("handles", model.Handles(), OpenHandles(machine), found);
-  if (model.config() != ConfigOf(machine)) {
-    found.push_back("configuration: expected " + model.config() + ", found " + ConfigOf(machine));
+  if (model.machine().config != ConfigOf(machine)) {
+    found.push_back("configuration: expected " + model.machine().config + ", found " +
+                    ConfigOf(machine));
   }
   for (const std::string& mistake : machine.Violations()) {
     found.push_back("mistake: " + mistake);

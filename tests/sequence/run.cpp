@@ -81,7 +81,7 @@ class Run {
       return OpenStep(event);
     }
     observer_.Begin();
-    if (!model_.IsCertain(Now(), kLongest)) {
+    if (!model_.machine().IsCertain(Now(), kLongest)) {
       world_.machine().clock.Advance(10 * kLongest);
       model_.End(Now());
     }
@@ -129,7 +129,7 @@ class Run {
   // What comes of it is not said beforehand. Some things must be so whatever happens; after a
   // disconnect without faults nothing of the tunnel may be left, and from there the model goes on.
   Lines OpenStep(const Event& event) {
-    const Lines foreign = ForeignLines(model_.network());
+    const Lines foreign = ForeignLines(model_.machine().network);
     observer_.Begin();
     const std::string reply = IsOpen(event) ? world_.CarryDisturbed(event) : world_.Carry(event);
     Lines found = CheckOpenReply(reply, event, model_.State() == "stopping");
