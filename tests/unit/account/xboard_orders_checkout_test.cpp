@@ -222,6 +222,12 @@ TEST_F(OrderState, OfAnythingElseIsNotPaid) {
   }
 }
 
+// The object that stands behind the state is taken for the data, and the state is looked for again.
+TEST_F(OrderState, IsAlsoFoundInFrontOfAnObject) {
+  ExpectState(R"({"data":3,"meta":{"page":1}})", true);
+  ExpectState(R"({"data":2,"meta":{"page":1}})", false);
+}
+
 TEST_F(OrderState, TheNumberIsPercentEncoded) {
   bool paid = true;
   EXPECT_FALSE(panel().checkOrderPaid(L"a b&中/@", paid, error));
