@@ -75,19 +75,19 @@ bool ParseTraceLine(std::string_view line, TraceMark& mark) {
          ParseNumber(line.substr(total + kTotal.size()), mark.total);
 }
 
-TraceText ParseTrace(std::string whole, bool isCut) {
+TraceText ParseTrace(std::string text, bool isCut) {
   TraceText result;
-  const auto kept = std::make_shared<const std::string>(std::move(whole));
-  std::string_view text = *kept;
-  if (text.starts_with(kByteOrderMark)) {
-    text.remove_prefix(kByteOrderMark.size());
+  const auto kept = std::make_shared<const std::string>(std::move(text));
+  std::string_view rest = *kept;
+  if (rest.starts_with(kByteOrderMark)) {
+    rest.remove_prefix(kByteOrderMark.size());
   }
   bool skip = isCut;  // until another connect begins than the one that the text begins within
   std::uint64_t skippedTotal = 0;
-  for (size_t feed = text.find('\n'); feed != std::string_view::npos; feed = text.find('\n')) {
+  for (size_t feed = rest.find('\n'); feed != std::string_view::npos; feed = rest.find('\n')) {
     TraceMark mark;
-    const std::string_view line = text.substr(0, feed);
-    text.remove_prefix(feed + 1);
+    const std::string_view line = rest.substr(0, feed);
+    rest.remove_prefix(feed + 1);
     if (!ParseTraceLine(line, mark)) {
       result.strangeLines += skip || Trim(line).empty() ? 0 : 1;
       continue;
