@@ -18,6 +18,7 @@ end_prefix() {
   rm -rf "$machine"
 }
 trap end_prefix EXIT
+wineserver -p </dev/null >/dev/null 2>&1  # until the end, as in a lane
 place="$WINEPREFIX/drive_c/Program Files/Tavrin"
 installed='C:\Program Files\Tavrin'
 down='{"ok":true,"running":false,"error":""}'
