@@ -35,7 +35,7 @@ make_prefix() {
 }
 
 end_session() {
-  wineserver -k 2>/dev/null || true  # fails where none runs
+  wineserver -k 2>/dev/null || true  # it has ended by itself when nothing was left
   wineserver -w
 }
 
@@ -43,12 +43,9 @@ take_lane
 export WINEPREFIX="$directory/lane-$lane"
 make_prefix
 trap end_session EXIT
-# Wine's server stays until the session is ended. One that ends by itself, seconds behind the last program,
-# takes a program with it that is just starting.
-stay='wineserver -p </dev/null >/dev/null 2>&1'
 limit=(timeout --kill-after=10 600)
 if [ ${#isolate[@]} -gt 0 ]; then
-  "${isolate[@]}" sh -c "ip link set lo up && $stay"' && exec "$@"' lane "${limit[@]}" "$@" 8>&-
+  "${isolate[@]}" sh -c 'ip link set lo up && exec "$@"' lane "${limit[@]}" "$@" 8>&-
 else
-  sh -c "$stay"' && exec "$@"' lane "${limit[@]}" "$@" 8>&-
+  "${limit[@]}" "$@" 8>&-
 fi
