@@ -18,7 +18,6 @@ end_prefix() {
   rm -rf "$machine"
 }
 trap end_prefix EXIT
-wineserver -p </dev/null >/dev/null 2>&1  # one that ends by itself can take a starting program with it
 place="$WINEPREFIX/drive_c/Program Files/Tavrin"
 installed='C:\Program Files\Tavrin'
 down='{"ok":true,"running":false,"error":""}'
